@@ -1,0 +1,31 @@
+// The host's error channel: messages raised while a procedure runs ("Not parse
+// element: ..." and the like). They are collected for the output and, when a
+// listener is set, passed on as they arrive (the command line prints them).
+#pragma once
+
+#include <functional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+struct CFMessage {
+    enum Kind { kError = 0, kWarning = 1 };
+    Kind fKind = kError;
+    std::string fText;
+};
+
+class CFErrorChannel final {
+public:
+    using Listener = std::function<void(const CFMessage&)>;
+
+    static void Report(CFMessage::Kind kind, std::string_view text);
+    static void Error(std::string_view text) { Report(CFMessage::kError, text); }
+    static void Warning(std::string_view text) { Report(CFMessage::kWarning, text); }
+
+    // Every message reported since the last Clear, in order.
+    static std::vector<CFMessage> Messages();
+    static void Clear();
+
+    // Called for each message as it is reported; an empty function removes it.
+    static void SetListener(Listener listener);
+};

@@ -1,0 +1,1 @@
+// Rendering of the output tree (text, JSON, HTML).
