@@ -27,8 +27,7 @@ TEST(XMLText, ConvertsNumbers) {
     EXPECT_EQ(String2Integer("3.9"), 3);
     EXPECT_EQ(String2Integer("99999999999"), std::numeric_limits<int>::max());
     EXPECT_EQ(String2Integer(""), 0);
-    EXPECT_EQ(TruncateToInt(-std::numeric_limits<double>::max()),
-              std::numeric_limits<int>::min());
+    EXPECT_EQ(TruncateToInt(-std::numeric_limits<double>::max()), std::numeric_limits<int>::min());
     EXPECT_EQ(TruncateToInt(std::numeric_limits<double>::quiet_NaN()),
               std::numeric_limits<int>::min());
     EXPECT_EQ(TruncateToInt(-2.7), -2);

@@ -3,4 +3,6 @@
 
 #include "host/cf/CFDump.h"
 
-CFDump NOPROutputStats::Dump() const { return CFDump::Object(); }
+CFDump NOPROutputStats::Dump() const {
+    return CFDump::Object();
+}

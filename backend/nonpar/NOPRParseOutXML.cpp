@@ -7,4 +7,6 @@ OutputXMLParser::OutputXMLParser(VEXA_DataSource* dataSource, NOPROutputStats* s
                                  const std::string& xml)
     : fMissingValue(kCFSysmis), fDataSource(dataSource), fStats(stats), fXML(xml) {}
 
-bool OutputXMLParser::Parse() { return false; }
+bool OutputXMLParser::Parse() {
+    return false;
+}

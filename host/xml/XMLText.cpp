@@ -39,8 +39,7 @@ double String2Double(std::string_view word) {
         if (tiny) {
             return negative ? -0.0 : 0.0;
         }
-        return negative ? -std::numeric_limits<double>::max()
-                        : std::numeric_limits<double>::max();
+        return negative ? -std::numeric_limits<double>::max() : std::numeric_limits<double>::max();
     }
     if (ec != std::errc() || end != word.data() + word.size()) {
         return 0.0;
