@@ -1,0 +1,45 @@
+// The shared entry: builds the data source from the document's dictionary,
+// drives the procedure module over it and discards the output.
+#include "tests/fuzz/DocumentEntry.h"
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "app/DataSourceBuilder.h"
+#include "backend/nonpar/NOPRProcCustom.h"
+#include "host/bp/BpOutput.h"
+#include "host/cf/CFAssert.h"
+#include "host/cf/CFErrorChannel.h"
+#include "host/vexa/VEXA_DataSource.h"
+
+DocumentOutcome RunDocument(const std::uint8_t* data, std::size_t size) {
+    const CFAssertHandler previous = CFSetAssertHandler(CFThrowingAssertHandler);
+    CFErrorChannel::Clear();
+    DocumentOutcome outcome = DocumentOutcome::kRejected;
+    try {
+        std::vector<CFSplitDocument> splits(1);
+        splits[0].fResultDocument.assign(reinterpret_cast<const char*>(data), size);
+        std::string error;
+        std::unique_ptr<VEXA_DataSource> dataSource =
+            DataSourceFromDocument(splits[0].fResultDocument, error);
+        // The document's length picks the Lilliefors requests, so that the
+        // corpus reaches the companions' paths as well as their absence.
+        NOPRProcCustom procedure;
+        procedure.fNormalFromSample = size & 1;
+        procedure.fUniformFromSample = size & 2;
+        procedure.fExponentialFromSample = size & 4;
+        BpProcedure output("Nonparametric Tests", nullptr, dataSource.get());
+        procedure.fProcedure = &output;
+        procedure.fDataSource = dataSource.get();
+        std::vector<std::string> models;
+        if (procedure.ProduceOutput(models, splits)) {
+            outcome = DocumentOutcome::kShown;
+        }
+    } catch (const CFAssertionFailure&) {
+        outcome = DocumentOutcome::kAssertion;
+    }
+    CFErrorChannel::Clear();
+    CFSetAssertHandler(previous);
+    return outcome;
+}

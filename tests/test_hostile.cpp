@@ -1,0 +1,233 @@
+// Hostile and broken inputs through the real nptests binary: each is refused
+// with one line on standard error that names the file, and a non-zero exit
+// status; nothing crashes or hangs.
+#include <gtest/gtest.h>
+
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <random>
+#include <sstream>
+#include <string>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <vector>
+
+namespace {
+namespace fs = std::filesystem;
+
+struct Outcome {
+    int fStatus = -1;
+    std::string fOut;
+    std::string fErr;
+};
+
+std::string Slurp(const fs::path& file) {
+    std::ifstream in(file, std::ios::binary);
+    std::ostringstream text;
+    text << in.rdbuf();
+    return std::move(text).str();
+}
+
+std::string Quote(const std::string& word) {
+    std::string quoted(1, '\'');
+    for (char c : word) {
+        if (c == '\'') {
+            quoted.append("'\\''");
+        } else {
+            quoted.push_back(c);
+        }
+    }
+    quoted.push_back('\'');
+    return quoted;
+}
+
+class Hostile : public ::testing::Test {
+protected:
+    void SetUp() override {
+        const auto* info = ::testing::UnitTest::GetInstance()->current_test_info();
+        fDir = fs::temp_directory_path() /
+               ("nptests_hostile_" + std::to_string(::getpid()) + "_" + info->name());
+        fs::remove_all(fDir);
+        fs::create_directories(fDir);
+    }
+    void TearDown() override {
+        std::error_code ec;
+        fs::permissions(fDir / "unreadable.xml", fs::perms::owner_all, ec);
+        fs::remove_all(fDir, ec);
+    }
+
+    fs::path Write(const std::string& name, const std::string& text) {
+        const fs::path file = fDir / name;
+        std::ofstream(file, std::ios::binary) << text;
+        return file;
+    }
+
+    Outcome Nptests(const std::vector<std::string>& args) {
+        std::string command = Quote(NPTESTS_BINARY);
+        for (const std::string& arg : args) {
+            command.push_back(' ');
+            command.append(Quote(arg));
+        }
+        const fs::path out = fDir / "stdout", err = fDir / "stderr";
+        command.append(" >").append(Quote(out.string()));
+        command.append(" 2>").append(Quote(err.string())).append(" </dev/null");
+        const int raw = std::system(command.c_str());
+        Outcome run;
+        run.fStatus = WIFEXITED(raw) ? WEXITSTATUS(raw) : 128 + WTERMSIG(raw);
+        run.fOut = Slurp(out);
+        run.fErr = Slurp(err);
+        return run;
+    }
+
+    // Refused: a non-zero status (not a signal) and one line naming `file`.
+    void ExpectRefused(const Outcome& run, const fs::path& file) {
+        EXPECT_GE(run.fStatus, 1);
+        EXPECT_LE(run.fStatus, 2) << "died by signal or sanitizer: " << run.fErr;
+        ASSERT_FALSE(run.fErr.empty());
+        EXPECT_EQ(run.fErr.find('\n'), run.fErr.size() - 1) << run.fErr;
+        EXPECT_NE(run.fErr.find(file.string()), std::string::npos) << run.fErr;
+    }
+
+    static bool HasOption(const std::string& option) {
+        const std::string command = Quote(NPTESTS_BINARY) + " --help 2>&1";
+        std::string help;
+        if (FILE* pipe = ::popen(command.c_str(), "r")) {
+            char buffer[4096];
+            std::size_t n;
+            while ((n = std::fread(buffer, 1, sizeof buffer, pipe)) > 0) {
+                help.append(buffer, n);
+            }
+            ::pclose(pipe);
+        }
+        return help.find(option) != std::string::npos;
+    }
+
+    // A small valid document: one Kruskal-Wallis test over a grouping field.
+    static std::string Valid(const std::string& testName = "IKruskalWallis") {
+        return Slurp(fs::path(NPTESTS_SOURCE_DIR) / "tests/fuzz_corpus/seeds" /
+                     (testName + ".xml"));
+    }
+
+    fs::path fDir;
+};
+
+TEST_F(Hostile, EmptyBinaryAndTruncatedDocuments) {
+    const fs::path empty = Write("empty.xml", "");
+    ExpectRefused(Nptests({empty.string()}), empty);
+
+    std::mt19937 random(7);
+    std::string bytes(4096, '\0');
+    for (char& c : bytes) {
+        c = static_cast<char>(random());
+    }
+    const fs::path binary = Write("binary.xml", bytes);
+    ExpectRefused(Nptests({binary.string()}), binary);
+
+    const std::string valid = Valid();
+    ASSERT_GT(valid.size(), 1000u);
+    for (std::size_t cut : {valid.size() / 3, valid.size() - 20}) {
+        const fs::path truncated = Write("truncated.xml", valid.substr(0, cut));
+        ExpectRefused(Nptests({truncated.string()}), truncated);
+    }
+}
+
+TEST_F(Hostile, DeepNestingIsRefusedWithoutExhaustingTheStack) {
+    // 100000 nested structured tables inside one test's statistics.
+    std::string valid = Valid("IMannWhitneyU");
+    const std::string anchor = "<StructuredTable name='StatisticsResult'>";
+    const std::size_t at = valid.find(anchor);
+    ASSERT_NE(at, std::string::npos);
+    std::string deep;
+    deep.reserve(100000 * 48);
+    for (int i = 0; i < 100000; ++i) {
+        deep += "<StructuredTable name='n'>";
+    }
+    for (int i = 0; i < 100000; ++i) {
+        deep += "</StructuredTable>";
+    }
+    valid.insert(at + anchor.size(), deep);
+    const fs::path file = Write("deep.xml", valid);
+    ExpectRefused(Nptests({file.string()}), file);
+
+    // The same depth of plain elements outside the sections that are read
+    // is harmless.
+    std::string elements = Valid();
+    std::string nest;
+    for (int i = 0; i < 100000; ++i) {
+        nest += "<x>";
+    }
+    for (int i = 0; i < 100000; ++i) {
+        nest += "</x>";
+    }
+    elements.insert(elements.find("<Extension>"), nest);
+    const Outcome run = Nptests({Write("elements.xml", elements).string()});
+    EXPECT_EQ(run.fStatus, 0) << run.fErr;
+}
+
+TEST_F(Hostile, HugeAttributeValues) {
+    // 8 MB in a number, a condition key and a data field's name: read
+    // without crashing, the number converted like any other.
+    std::string valid = Valid();
+    const std::string huge(8 << 20, '7');
+    std::string doc = valid;
+    const std::string totalN = "name='TotalN' value='";
+    doc.insert(doc.find(totalN) + totalN.size(), huge);
+    const std::string key = "value='DefaultAllDistinctValuesUsed_I_KruskalWallis_2";
+    doc.insert(doc.find(key) + key.size(), huge);
+    const std::string field = "name='score0";
+    doc.insert(doc.find(field) + field.size(), huge);
+    const Outcome run = Nptests({Write("huge.xml", doc).string()});
+    EXPECT_EQ(run.fStatus, 0) << run.fErr.substr(0, 500);
+
+    // A huge value that never ends is a broken document.
+    const fs::path open =
+        Write("open.xml", valid.substr(0, valid.find(totalN) + totalN.size()) + huge);
+    ExpectRefused(Nptests({open.string()}), open);
+}
+
+TEST_F(Hostile, FilesThatCannotBeRead) {
+    const fs::path missing = fDir / "missing.xml";
+    ExpectRefused(Nptests({missing.string()}), missing);
+
+    const fs::path directory = fDir / "folder.xml";
+    fs::create_directories(directory);
+    ExpectRefused(Nptests({directory.string()}), directory);
+
+    if (::geteuid() == 0) {
+        GTEST_SKIP() << "root reads files whatever their mode";
+    }
+    const fs::path unreadable = Write("unreadable.xml", Valid());
+    fs::permissions(unreadable, fs::perms::none);
+    ExpectRefused(Nptests({unreadable.string()}), unreadable);
+}
+
+TEST_F(Hostile, OutputPathThatCannotBeWritten) {
+    if (!HasOption("--output")) {
+        GTEST_SKIP() << "this nptests has no --output";
+    }
+    const fs::path doc = Write("doc.xml", Valid());
+    const fs::path target = fDir / "no" / "such" / "folder" / "out.json";
+    const Outcome run = Nptests({"-f", "json", "-o", target.string(), doc.string()});
+    ExpectRefused(run, target);
+    const fs::path directory = fDir / "outdir";
+    fs::create_directories(directory);
+    ExpectRefused(Nptests({"-o", directory.string(), doc.string()}), directory);
+}
+
+TEST_F(Hostile, SplitsBeforeAFailedOneKeepTheirOutput) {
+    const fs::path good = Write("good.xml", Valid());
+    const fs::path bad = Write("bad.xml", Valid().substr(0, 200));
+    const fs::path after = Write("after.xml", Valid("IMedian"));
+    const Outcome run = Nptests({good.string(), bad.string(), after.string()});
+    ExpectRefused(run, bad);
+    EXPECT_EQ(run.fErr.find(after.string()), std::string::npos);
+    if (HasOption("--format")) {
+        // The first split's tables are there, nothing of the third's.
+        EXPECT_NE(run.fOut.find("Kruskal-Wallis"), std::string::npos) << run.fOut;
+        EXPECT_EQ(run.fOut.find("Median Test"), std::string::npos) << run.fOut;
+    }
+}
+} // namespace
