@@ -76,6 +76,11 @@ public:
                        const std::vector<std::string>& notInCategories, std::size_t& cursor,
                        bool sublist) const;
 
+    // The standard deviation of a normal distribution (parameter 2) in the
+    // format of the tested variable; date and time deviations in seconds.
+    void AddStandardDeviation(BpComposite& text, const Test* test,
+                              const VEXA_Variable* variable) const;
+
     // Indices into the model's Lilliefors tests that accompany `test`.
     std::vector<int> FindLillieforsTests(const Test* test) const;
     // The test's field indices from its condition.
@@ -109,8 +114,6 @@ private:
     const Stats::FieldInfoRecord* FieldRecord(int fieldIndex) const;
     const VEXA_Variable* FieldVariable(int fieldIndex) const;
     const VEXA_Variable* FirstFieldVariable(const Test* test) const;
-    void AddStandardDeviation(BpComposite& text, const Test* test,
-                              const VEXA_Variable* variable) const;
     void WriteStatisticsGroups(BpDimension& dimension, const Test* test, bool monteCarlo);
     // The host's parser-message translator: the key's text with "^N" replaced
     // by the N-th argument.
