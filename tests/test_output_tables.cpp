@@ -3,6 +3,7 @@
 #include "output_fixture.h"
 
 #include <chrono>
+#include <stdexcept>
 
 namespace {
 using Strings = std::vector<std::string>;
@@ -201,6 +202,9 @@ protected:
         auto* test =
             AddTest<Record>(independent ? Stats::kCIndependentSamples : Stats::kCRelatedSamples,
                             algorithm, Stats::kDReject, std::string(), {{0}, {1}});
+        if (!test) {
+            throw std::logic_error("the record type does not match the algorithm");
+        }
         Stats::MultipleComparison& comparison = test->fComparison;
         comparison.fKind = kind;
         comparison.fFieldIndex = 0;
@@ -266,9 +270,9 @@ TEST_F(ComparisonTest, PairwiseTableOfTheMedianTestHasNoStandardizedColumns) {
 }
 
 TEST_F(ComparisonTest, BadPairwiseDataLeavesTheFrameOrAsserts) {
-    auto* test =
-        AddComparisonTest(Stats::kAIJonckheereTerpstra, Stats::MultipleComparison::kPairwise,
-                          {{0, 1}, {3, 4}}, {Row(0, 1, 1), Row(0, 2, 2)}); // no sample 2
+    auto* test = AddComparisonTest<Stats::HTIJonckheereTerpstra>(
+        Stats::kAIJonckheereTerpstra, Stats::MultipleComparison::kPairwise, {{0, 1}, {3, 4}},
+        {Row(0, 1, 1), Row(0, 2, 2)}); // no sample 2
     FlatTable table = Pairwise(test, test->fComparison);
     EXPECT_EQ(table.fNode->fCaption, "PairwiseComparisonsTableCaptionJ0.050");
     EXPECT_EQ(table.fNode->fDimensions.size(), 2u);
