@@ -2,7 +2,11 @@
 // pairwise-comparisons and homogeneous-subsets tables.
 #include "output_fixture.h"
 
+#include "host/cf/CFSysmis.h"
+#include "host/xml/XMLText.h"
+
 #include <chrono>
+#include <limits>
 #include <stdexcept>
 
 namespace {
@@ -370,4 +374,101 @@ TEST_F(ComparisonTest, PairwiseTableOfAHundredSamples) {
     EXPECT_EQ(table.fRows[0], "A-G74"); // 73 * 37 % 100 == 1
     EXPECT_EQ(table.fRows[1], "A-G47"); // 46 * 37 % 100 == 2
     EXPECT_LT(elapsed.count(), 5.0);
+}
+
+// Every record type with hostile numbers in its condition, statistics and
+// comparison data: the output either completes or stops at a named assertion
+// (the sanitizer build checks that nothing else goes wrong).
+TEST(OutputRobustness, HostileNumbersEndInOutputOrANamedAssertion) {
+    using Stats = NOPROutputStats;
+    struct Key {
+        Stats::Classification fClassification;
+        Stats::Algorithm fAlgorithm;
+        const char* fKey;
+        size_t fParameters;
+    };
+    const Key keys[] = {
+        {Stats::kCOneSample, Stats::kAOBinomial, "CategoryListsAreSpecified_O_Binomial_5", 5},
+        {Stats::kCOneSample, Stats::kAORuns, "ABinaryTestVariableIsSpecified_O_Runs_3", 3},
+        {Stats::kCOneSample, Stats::kAOEstimateConfidenceInterval,
+         "CategoryListsAreSpecified_O_Binomial_2", 2},
+        {Stats::kCOneSample, Stats::kAOKolmogorovSmirnov,
+         "NormalDistribution_O_KolmogorovSmirnov_3", 3},
+        {Stats::kCRelatedSamples, Stats::kARCochransQ, "CategoryListsAreSpecified_R_CochransQ_1",
+         1},
+        {Stats::kCRelatedSamples, Stats::kARFriedmansTwoWayByRanks, "R_FriedmansTwoWayByRanks_1",
+         1},
+        {Stats::kCRelatedSamples, Stats::kARHodgesLehmannEstimatePairs, "R_HodgesLehman_2", 2},
+        {Stats::kCIndependentSamples, Stats::kAIMoses, "DefaultAllDistinctValuesUsed_I_Moses_2", 2},
+        {Stats::kCIndependentSamples, Stats::kAIWaldWolfowitzRuns,
+         "DefaultAllDistinctValuesUsed_I_WaldWolfowitzRuns_2", 2},
+        {Stats::kCIndependentSamples, Stats::kAIKruskalWallis,
+         "DefaultAllDistinctValuesUsed_I_KruskalWallis_2", 2},
+        {Stats::kCIndependentSamples, Stats::kAIJonckheereTerpstra,
+         "DefaultAllDistinctValuesUsed_I_JonckheereTerpstra_2", 2},
+        {Stats::kCIndependentSamples, Stats::kAIMedian, "DefaultAllDistinctValuesUsed_I_Median_2",
+         2},
+    };
+    const double values[] = {std::numeric_limits<double>::quiet_NaN(),
+                             std::numeric_limits<double>::infinity(),
+                             -std::numeric_limits<double>::infinity(),
+                             kCFSysmis,
+                             1e300,
+                             -1.0,
+                             0.0,
+                             2147483648.0,
+                             3.7};
+    int completed = 0;
+    for (const Key& key : keys) {
+        for (const double v : values) {
+            for (const auto kind :
+                 {Stats::MultipleComparison::kPairwise, Stats::MultipleComparison::kStepwise}) {
+                OutputEnv env;
+                env.AddField("a");
+                env.AddField("b", 4);
+                env.AddCategory(0, v);
+                env.fStats.fNormalFromSample = true;
+                env.fStats.fMCCILevel = v;
+                env.fStats.fConfidenceLevel = v;
+                std::vector<std::vector<double>> parameters(key.fParameters, {0.0, v});
+                parameters[0] = {v};
+                auto* test = env.AddTest(key.fClassification, key.fAlgorithm, Stats::kDReject,
+                                         key.fKey, parameters);
+                OutputEnv::AddStatistics(test, "", {{"TotalN", v}, {"ExactSig", v}});
+                OutputEnv::AddStatistics(test, "TestStatistic",
+                                         {{"MinimumPossible", v}, {"MaximumPossible", 1}});
+                OutputEnv::AddMessage(test, 222328, Stats::kMWarning, "1;0", {v});
+                OutputEnv::AddMessage(test, 220013, Stats::kMWarning, ";");
+                auto* lill = env.AddTest(Stats::kCOneSample, Stats::kAOLilliefors, Stats::kDRetain,
+                                         "NormalDistribution_O_Lilliefors_3", {{v}});
+                static_cast<Stats::HTOKolmogorovSmirnov*>(lill)->fIsUseSample = true;
+                if (auto* binomial = dynamic_cast<Stats::HTOEstimateConfidenceInterval*>(test)) {
+                    binomial->fIntervals.push_back({"Jeffreys", {v, v, v}});
+                }
+                Stats::MultipleComparison* comparison = nullptr;
+                if (auto* groups = dynamic_cast<Stats::HTIBoxPlotComparison*>(test)) {
+                    comparison = &groups->fComparison;
+                } else if (auto* ranks = dynamic_cast<Stats::HTRRanks*>(test)) {
+                    comparison = &ranks->fComparison;
+                } else if (auto* cochran = dynamic_cast<Stats::HTRCochransQ*>(test)) {
+                    comparison = &cochran->fComparison;
+                }
+                if (comparison) {
+                    comparison->fKind = kind;
+                    comparison->fFieldIndex = TruncateToInt(v);
+                    comparison->fInfo.fRows = {{v, 0, 1}, {v, v, 2}};
+                    comparison->fContent.fColumnNames = kComparisonColumns;
+                    comparison->fContent.fRows = {
+                        {v, 1, v, v, v, v, v}, {0, v, v, v, v, v, v}, {v, v, v, v, v, v, v}};
+                }
+                NOPROutput output(&env.fProcedure, nullptr, &env.fSource, &env.fStats);
+                output.fMakeViews = true;
+                if (AssertionText([&] { output.MakeOutput(); }) == "<no assertion>") {
+                    ++completed;
+                }
+            }
+        }
+    }
+    RecordProperty("completed", completed);
+    EXPECT_GT(completed, 0);
 }
