@@ -3,6 +3,8 @@
 
 #include <random>
 
+#include "host/cf/CFDump.h"
+
 CFProcCustom::~CFProcCustom() = default;
 
 bool CFProcCustom::ReadCommand(CommandSpec*, CommandDescriptor*) { return true; }
@@ -16,6 +18,13 @@ bool CFProcCustom::ProduceSplitOutput(std::string&, CFSplitDocument&) { return f
 void CFProcCustom::SetStatJSON(const std::vector<std::string>& json) { fStatJSON = json; }
 
 bool CFProcCustom::ProcessOutputJSON() { return true; }
+
+CFDump CFProcCustom::DumpSettings() const {
+    CFDump settings = CFDump::Object();
+    settings.Set("seed", static_cast<int>(fSeed));
+    settings.Set("seedFromHost", fSeedFromHost);
+    return settings;
+}
 
 int CFProcCustom::GetNextSeed() {
     static thread_local std::mt19937 generator{std::random_device{}()};
