@@ -81,7 +81,7 @@ TEST_F(CommandParserTest, ReadsKeywordsQualifiersAndValuesWithoutRegardToCase) {
                       "kolmogorov_smirnov(nsamples=5000 mc_cilevel=95.5 normal=sample "
                       "uniform(SAMPLE=false) exponential=custom(mean=2)) "
                       "chisquare(expected=custom(frequencies=1 2 categories='a' 'It''s'))"
-                      " /criteria seed=random alpha=.01");
+                      " /criteria seed=random alpha(.01) /PRINT SUMMARY");
     ASSERT_TRUE(spec);
     const SubComObj* one = spec->getSubComObj("ONESAMPLE");
     ASSERT_TRUE(one);
@@ -193,6 +193,8 @@ TEST_F(CommandParserTest, RejectsMalformedCommands) {
         {"NPTESTS /CRITERIA SEED=", "expected a value for SEED", ""},
         {"NPTESTS /ONESAMPLE TEST(score) ; ", "unexpected character ';'", ";"},
         {"NPTESTS /", "expected a subcommand name after /", ""},
+        {"NPTESTS /PRINT SUMMARY=YES", "SUMMARY takes no value", "="},
+        {"NPTESTS /CRITERIA ALPHA(0.5", "this ( is not closed", "("},
     };
     for (const Case& c : cases) {
         const std::string error = ParseError(c.fCommand);
@@ -255,6 +257,11 @@ TEST_F(VarSpecObjTest, ValidatesNamesAndRepeats) {
                   "The variable region named on ONESAMPLE TEST is a string variable; a numeric "
                   "variable is expected."}));
     EXPECT_LT(strict.ValidateVariable("absent"), 0);
+
+    CFErrorChannel::Clear();
+    ParserMessage message;
+    message.GenericWarning("%2 before %1; %3 stays", {"one", "two"});
+    EXPECT_EQ(MessageTexts(), (std::vector<std::string>{"two before one; %3 stays"}));
 
     CFErrorChannel::Clear();
     const SubComObj* ind = spec->getSubComObj("INDEPENDENT");

@@ -85,6 +85,37 @@ std::string TextValue(const ParamObj& keyword) {
     }
     return ToUpper(text);
 }
+
+// A distribution of KOLMOGOROV_SMIRNOV (null when not given): `fromSample`
+// becomes true when the distribution has the qualifier SAMPLE, with
+// `readValue` only when SAMPLE stands alone or is TRUE (FALSE clears it).
+// Sets `sampleRequested` when `fromSample` ends true. False when the
+// distribution's qualifier cannot be read.
+bool ReadFromSample(const ParamObj* distribution, bool readValue, bool& fromSample,
+                    bool& sampleRequested) {
+    const ParamObj* sample = nullptr;
+    if (!distribution) {
+        return true;
+    }
+    if (!SampleQualifier(*distribution, sample)) {
+        return false;
+    }
+    if (!sample) {
+        return true;
+    }
+    if (!readValue || sample->isLeadingToken()) {
+        fromSample = true;
+    } else {
+        const std::string value = TextValue(*sample);
+        if (value == "TRUE") {
+            fromSample = true;
+        } else if (value == "FALSE") {
+            fromSample = false;
+        }
+    }
+    sampleRequested = sampleRequested || fromSample;
+    return true;
+}
 } // namespace
 
 bool NOPRProcCustom::ReadCommand(CommandSpec* command, CommandDescriptor* descriptor) {
@@ -131,45 +162,17 @@ bool NOPRProcCustom::ReadCommand(CommandSpec* command, CommandDescriptor* descri
             if (const ParamObj* pLevel = pKolmSmirn->getParamObj("MC_CILEVEL", qualifiers)) {
                 fMCCILevel = pLevel->getNumberValue();
             }
-            const ParamObj* sample = nullptr;
             // NORMAL looks at the value of SAMPLE; the other distributions
             // take SAMPLE as given, whatever its value.
-            if (const ParamObj* pNormal = pKolmSmirn->getParamObj("NORMAL", qualifiers)) {
-                if (!SampleQualifier(*pNormal, sample)) {
-                    return false;
-                }
-                if (sample) {
-                    if (sample->isLeadingToken()) {
-                        fNormalFromSample = true;
-                    } else {
-                        const std::string value = TextValue(*sample);
-                        if (value == "TRUE") {
-                            fNormalFromSample = true;
-                        } else if (value == "FALSE") {
-                            fNormalFromSample = false;
-                        }
-                    }
-                    sampleRequested = sampleRequested || fNormalFromSample;
-                }
+            if (!ReadFromSample(pKolmSmirn->getParamObj("NORMAL", qualifiers), true,
+                                fNormalFromSample, sampleRequested) ||
+                !ReadFromSample(pKolmSmirn->getParamObj("UNIFORM", qualifiers), false,
+                                fUniformFromSample, sampleRequested) ||
+                !ReadFromSample(pKolmSmirn->getParamObj("EXPONENTIAL", qualifiers), false,
+                                fExponentialFromSample, sampleRequested)) {
+                return false;
             }
-            if (const ParamObj* pUniform = pKolmSmirn->getParamObj("UNIFORM", qualifiers)) {
-                if (!SampleQualifier(*pUniform, sample)) {
-                    return false;
-                }
-                if (sample) {
-                    fUniformFromSample = true;
-                    sampleRequested = true;
-                }
-            }
-            if (const ParamObj* pExponential = pKolmSmirn->getParamObj("EXPONENTIAL", qualifiers)) {
-                if (!SampleQualifier(*pExponential, sample)) {
-                    return false;
-                }
-                if (sample) {
-                    fExponentialFromSample = true;
-                    sampleRequested = true;
-                }
-            }
+            const ParamObj* sample = nullptr;
             if (const ParamObj* pPoisson = pKolmSmirn->getParamObj("POISSON", qualifiers)) {
                 if (!SampleQualifier(*pPoisson, sample)) {
                     return false;

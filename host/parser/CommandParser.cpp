@@ -19,7 +19,6 @@ struct Token {
     size_t fOffset = 0;
     size_t fLength = 0;
     double fNumber = 0.0;
-    std::string fString; // the contents of a quoted string
 };
 
 bool IsSpace(char c) {
@@ -146,20 +145,12 @@ bool Reader::Lex() {
             token.fLength = 1;
             ++i;
         } else if (c == '\'' || c == '"') {
-            size_t j = i + 1;
-            for (;;) {
-                if (j >= end) {
-                    return Fail("the quoted string is not closed", i, end - i);
-                }
-                if (fText[j] == c) {
-                    if (j + 1 < end && fText[j + 1] == c) {
-                        token.fString += c;
-                        j += 2;
-                        continue;
-                    }
-                    break;
-                }
-                token.fString += fText[j++];
+            size_t j = i + 1; // a doubled quote stands for itself
+            while (j < end && (fText[j] != c || (j + 1 < end && fText[j + 1] == c))) {
+                j += fText[j] == c ? 2 : 1;
+            }
+            if (j >= end) {
+                return Fail("the quoted string is not closed", i, end - i);
             }
             token.fKind = Token::kString;
             token.fLength = j + 1 - i;

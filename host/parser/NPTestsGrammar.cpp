@@ -55,6 +55,6 @@ CommandDescriptor NPTestsCommandDescriptor() {
                                          P::Opaque("MCNEMAR"), P::Opaque("MARGINAL_HOMOGENEITY"),
                                          P::Opaque("COCHRAN"), P::Opaque("FRIEDMAN"),
                                          P::Opaque("KENDALL"), P::Opaque("HODGES_LEHMAN")}),
-            SubComDescriptor("PRINT", {P::Opaque("SUMMARY"), P::Opaque("NONE")}),
+            SubComDescriptor("PRINT", {P::Flag("SUMMARY"), P::Flag("NONE")}),
         });
 }

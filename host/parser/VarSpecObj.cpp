@@ -26,14 +26,14 @@ VarSpecObj::VarSpecObj(const ParamObj* keyword, const SubComObj* subcommand,
 bool VarSpecObj::ValidateVariables(const std::vector<std::string>& names, int repeat) {
     fValid.clear();
     bool repeatFailed = false;
+    std::vector<bool> seen(fDataSource ? static_cast<size_t>(fDataSource->GetVariableCount()) : 0);
     for (const std::string& name : names) {
-        const size_t before = fValid.size();
-        const int index = ValidateVariable(name);
+        const int index = ValidateVariable(name); // appended when valid
         if (index < 0 || repeat == kRepeatKeep) {
             continue;
         }
-        if (std::find(fValid.begin(), fValid.begin() + static_cast<long>(before), index) ==
-            fValid.begin() + static_cast<long>(before)) {
+        if (!seen[static_cast<size_t>(index)]) {
+            seen[static_cast<size_t>(index)] = true;
             continue;
         }
         fValid.pop_back();
