@@ -37,16 +37,16 @@ protected:
     // The parsed command; fails the test on a syntax error.
     std::unique_ptr<CommandSpec> Parse(std::string_view text) {
         ParserMessage message;
-        auto spec = CommandParser(fGrammar, &fData).Parse(text, message);
-        EXPECT_TRUE(spec) << message.GetErrorText();
-        return spec;
+        auto parsed = CommandParser(fGrammar, &fData).Parse(text, message);
+        EXPECT_TRUE(parsed) << message.GetErrorText();
+        return parsed;
     }
     // The syntax error of a command that must not parse.
     std::string ParseError(std::string_view text) {
         ParserMessage message;
-        auto spec = CommandParser(fGrammar, &fData).Parse(text, message);
-        EXPECT_FALSE(spec) << text;
-        EXPECT_EQ(message.HasError(), !spec);
+        auto parsed = CommandParser(fGrammar, &fData).Parse(text, message);
+        EXPECT_FALSE(parsed) << text;
+        EXPECT_EQ(message.HasError(), !parsed);
         return message.GetErrorText();
     }
     // Runs ReadCommand on a fresh procedure over the data.
@@ -54,8 +54,8 @@ protected:
         fProc = NOPRProcCustom(nullptr, &fData);
         fProc.fHostVariables = fHostVariables;
         fProc.fExtraVariable = fExtraVariable;
-        auto spec = Parse(text);
-        return spec && fProc.ReadCommand(spec.get(), &fGrammar);
+        auto parsed = Parse(text);
+        return parsed && fProc.ReadCommand(parsed.get(), &fGrammar);
     }
     std::vector<std::string> MessageTexts() const {
         std::vector<std::string> texts;
@@ -77,13 +77,13 @@ using VarSpecObjTest = CommandTest;
 using ReadCommandTest = CommandTest;
 
 TEST_F(CommandParserTest, ReadsKeywordsQualifiersAndValuesWithoutRegardToCase) {
-    auto spec = Parse("nptests /OneSample test(Score, time1 to TIME3) "
-                      "kolmogorov_smirnov(nsamples=5000 mc_cilevel=95.5 normal=sample "
-                      "uniform(SAMPLE=false) exponential=custom(mean=2)) "
-                      "chisquare(expected=custom(frequencies=1 2 categories='a' 'It''s'))"
-                      " /criteria seed=random alpha(.01) /PRINT SUMMARY");
-    ASSERT_TRUE(spec);
-    const SubComObj* one = spec->getSubComObj("ONESAMPLE");
+    auto parsed = Parse("nptests /OneSample test(Score, time1 to TIME3) "
+                        "kolmogorov_smirnov(nsamples=5000 mc_cilevel=95.5 normal=sample "
+                        "uniform(SAMPLE=false) exponential=custom(mean=2)) "
+                        "chisquare(expected=custom(frequencies=1 2 categories='a' 'It''s'))"
+                        " /criteria seed=random alpha(.01) /PRINT SUMMARY");
+    ASSERT_TRUE(parsed);
+    const SubComObj* one = parsed->getSubComObj("ONESAMPLE");
     ASSERT_TRUE(one);
     std::vector<std::string> names;
     ASSERT_TRUE(one->getParamObj("test")->getVarList(names));
@@ -122,7 +122,7 @@ TEST_F(CommandParserTest, ReadsKeywordsQualifiersAndValuesWithoutRegardToCase) {
     EXPECT_EQ(one->getParamObj("CHISQUARE")->getText(),
               "(expected=custom(frequencies=1 2 categories='a' 'It''s'))");
 
-    const SubComObj* criteria = spec->getSubComObj("CRITERIA");
+    const SubComObj* criteria = parsed->getSubComObj("CRITERIA");
     const ParamObj* seed = criteria->getParamObj("SEED");
     EXPECT_TRUE(seed->isStringValueCase());
     EXPECT_EQ(seed->getText(), "RANDOM");
@@ -136,14 +136,14 @@ TEST_F(CommandParserTest, AcceptsTheShortFormsAndResolvesAll) {
     EXPECT_TRUE(Parse("")); // the empty command
     EXPECT_TRUE(Parse("NPTESTS."));
     EXPECT_TRUE(Parse("NPTESTS  .  \n"));
-    auto spec = Parse("ONESAMPLE TEST(ALL) RUNS /INDEPENDENT TEST(score) GROUP(group) MEDIAN");
-    ASSERT_TRUE(spec);
+    auto parsed = Parse("ONESAMPLE TEST(ALL) RUNS /INDEPENDENT TEST(score) GROUP(group) MEDIAN");
+    ASSERT_TRUE(parsed);
     std::vector<std::string> names;
-    spec->getSubComObj("ONESAMPLE")->getParamObj("TEST")->getVarList(names);
+    parsed->getSubComObj("ONESAMPLE")->getParamObj("TEST")->getVarList(names);
     EXPECT_EQ(names.size(), 7u);
-    EXPECT_EQ(spec->getSubComObj("INDEPENDENT")->getParamObj("GROUP")->getVarName(), "group");
-    EXPECT_TRUE(spec->getSubComObj("INDEPENDENT")->getParamObj("MEDIAN")->isLeadingToken());
-    EXPECT_EQ(spec->getSubComObj("RELATED"), nullptr);
+    EXPECT_EQ(parsed->getSubComObj("INDEPENDENT")->getParamObj("GROUP")->getVarName(), "group");
+    EXPECT_TRUE(parsed->getSubComObj("INDEPENDENT")->getParamObj("MEDIAN")->isLeadingToken());
+    EXPECT_EQ(parsed->getSubComObj("RELATED"), nullptr);
 }
 
 TEST_F(CommandParserTest, ErrorsQuoteTheCommandAndPointAtTheWord) {
@@ -221,8 +221,8 @@ TEST_F(CommandParserTest, NoTruncationOrDeletionCrashes) {
              {command.substr(0, i),
               command.substr(0, i) + command.substr(std::min(i + 1, command.size()))}) {
             ParserMessage message;
-            auto spec = CommandParser(fGrammar, &fData).Parse(text, message);
-            EXPECT_NE(spec == nullptr, message.GetErrorText().empty()) << text;
+            auto parsed = CommandParser(fGrammar, &fData).Parse(text, message);
+            EXPECT_NE(parsed == nullptr, message.GetErrorText().empty()) << text;
         }
     }
     // Without a data source, TO and ALL cannot be resolved.
@@ -232,10 +232,10 @@ TEST_F(CommandParserTest, NoTruncationOrDeletionCrashes) {
 }
 
 TEST_F(VarSpecObjTest, ValidatesNamesAndRepeats) {
-    auto spec = Parse("NPTESTS /ONESAMPLE TEST(score nothing SCORE region) "
-                      "/INDEPENDENT TEST(score time1) GROUP(time1)");
-    ASSERT_TRUE(spec);
-    const SubComObj* one = spec->getSubComObj("ONESAMPLE");
+    auto parsed = Parse("NPTESTS /ONESAMPLE TEST(score nothing SCORE region) "
+                        "/INDEPENDENT TEST(score time1) GROUP(time1)");
+    ASSERT_TRUE(parsed);
+    const SubComObj* one = parsed->getSubComObj("ONESAMPLE");
     std::vector<std::string> names;
     one->getParamObj("TEST")->getVarList(names);
 
@@ -264,7 +264,7 @@ TEST_F(VarSpecObjTest, ValidatesNamesAndRepeats) {
     EXPECT_EQ(MessageTexts(), (std::vector<std::string>{"two before one; %3 stays"}));
 
     CFErrorChannel::Clear();
-    const SubComObj* ind = spec->getSubComObj("INDEPENDENT");
+    const SubComObj* ind = parsed->getSubComObj("INDEPENDENT");
     VarSpecObj test(ind->getParamObj("TEST"), ind, &fGrammar, &fData, false);
     VarSpecObj group(ind->getParamObj("GROUP"), ind, &fGrammar, &fData, false);
     ind->getParamObj("TEST")->getVarList(names);
@@ -367,8 +367,8 @@ TEST_F(ReadCommandTest, WithoutACommandNothingChanges) {
     fProc.fSeed = 7;
     fProc.fMCSamples = 3;
     EXPECT_TRUE(fProc.ReadCommand(nullptr, &fGrammar));
-    auto spec = Parse("NPTESTS");
-    EXPECT_TRUE(fProc.ReadCommand(spec.get(), nullptr));
+    auto parsed = Parse("NPTESTS");
+    EXPECT_TRUE(fProc.ReadCommand(parsed.get(), nullptr));
     EXPECT_EQ(fProc.fSeed, 7);
     EXPECT_EQ(fProc.fMCSamples, 3);
 }

@@ -46,16 +46,16 @@ NOPRProcCustom& NOPRProcCustom::operator=(const NOPRProcCustom& other) {
 NOPRProcCustom::~NOPRProcCustom() = default;
 
 namespace {
-// Validates the variables of a TEST keyword (with `spec`, whose error
+// Validates the variables of a TEST keyword (with `checker`, whose error
 // reporting is off) and appends the valid ones to `toRead`. True when there
 // were valid variables.
-bool AppendTestVariables(const ParamObj* test, VarSpecObj& spec, std::vector<int>& toRead) {
+bool AppendTestVariables(const ParamObj* test, VarSpecObj& checker, std::vector<int>& toRead) {
     std::vector<std::string> names;
     if (!test || !test->getVarList(names) || names.empty() ||
-        !spec.ValidateVariables(names, VarSpecObj::kRepeatDrop)) {
+        !checker.ValidateVariables(names, VarSpecObj::kRepeatDrop)) {
         return false;
     }
-    const std::vector<int>& valid = spec.GetValidVarList();
+    const std::vector<int>& valid = checker.GetValidVarList();
     toRead.insert(toRead.end(), valid.begin(), valid.end());
     return true;
 }

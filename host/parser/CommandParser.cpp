@@ -55,7 +55,7 @@ public:
         : fGrammar(grammar), fDataSource(dataSource), fText(text) {}
 
     bool Lex();
-    bool ReadCommand(CommandSpec& spec);
+    bool ReadCommand(CommandSpec& command);
 
     std::string fWhat;
     size_t fErrorOffset = 0;
@@ -218,7 +218,7 @@ bool Reader::Lex() {
     return true;
 }
 
-bool Reader::ReadCommand(CommandSpec& spec) {
+bool Reader::ReadCommand(CommandSpec& command) {
     const std::string& commandName = fGrammar.getCommandName();
     const std::string subcommands = fGrammar.ListSubComs();
     if (PeekIs(Token::kWord) && EqualNoCase(Written(Peek()), commandName)) {
@@ -249,7 +249,7 @@ bool Reader::ReadCommand(CommandSpec& spec) {
                             subcommands,
                         name);
         }
-        if (spec.getSubComObj(subDesc->getName())) {
+        if (command.getSubComObj(subDesc->getName())) {
             return Fail("the subcommand " + subDesc->getName() + " is given twice", name);
         }
         SubComObj subcommand(subDesc->getName());
@@ -285,7 +285,7 @@ bool Reader::ReadCommand(CommandSpec& spec) {
             }
             subcommand.AddParam(std::move(obj));
         }
-        spec.AddSubCom(std::move(subcommand));
+        command.AddSubCom(std::move(subcommand));
     }
     return true;
 }
@@ -571,10 +571,10 @@ std::unique_ptr<CommandSpec> CommandParser::Parse(std::string_view text,
     message.SetCommandName(fGrammar.getCommandName());
     message.SetProcedureTitle(fGrammar.getProcedureTitle());
     Reader reader(fGrammar, fDataSource, text);
-    auto spec = std::make_unique<CommandSpec>(fGrammar.getCommandName(), std::string(text));
-    if (!reader.Lex() || !reader.ReadCommand(*spec)) {
+    auto command = std::make_unique<CommandSpec>(fGrammar.getCommandName(), std::string(text));
+    if (!reader.Lex() || !reader.ReadCommand(*command)) {
         message.SyntaxError(reader.fWhat, text, reader.fErrorOffset, reader.fErrorLength);
         return nullptr;
     }
-    return spec;
+    return command;
 }
