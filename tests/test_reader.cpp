@@ -130,7 +130,8 @@ TEST(ElementReaders, SimpleTablesAndNumbers) {
     ASSERT_EQ(numbers.fRows.size(), 3u);
     EXPECT_EQ(numbers.fRows[0], (std::vector<double>{1.5, kCFSysmis, 3.0}));
     EXPECT_TRUE(numbers.fRows[1].empty());
-    EXPECT_EQ(numbers.fRows[2], (std::vector<double>{0.0})); // not the missing word
+    // Lower case is not the missing word; as any non-number it still reads as missing.
+    EXPECT_EQ(numbers.fRows[2], (std::vector<double>{kCFSysmis}));
     EXPECT_FALSE(ReadSimpleTable(Load(doc, "<SimpleTable><Row>1</Row></SimpleTable>"), simple));
 
     std::vector<std::int32_t> integers{7};
