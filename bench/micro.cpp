@@ -1,17 +1,22 @@
-// Microbenchmarks of the result document reader: whole documents that grow in
-// the number of tests and in the number of pairwise rows, and the converters
-// that every table goes through.
+// Microbenchmarks of the result document reader and the table builders:
+// whole documents that grow in the number of tests and in the number of
+// pairwise rows, read alone and read and written as pivot tables, and the
+// converters that every table goes through.
 #include <benchmark/benchmark.h>
 
 #include <fstream>
 #include <sstream>
 #include <string>
 
+#include "app/DataSourceBuilder.h"
+#include "backend/nonpar/NOPROutput.h"
 #include "backend/nonpar/NOPROutputStats.h"
 #include "backend/nonpar/NOPRParseOutXML.h"
 #include "backend/nonpar/NOPRXMLGeneral.h"
+#include "host/bp/BpOutput.h"
 #include "host/cf/CFErrorChannel.h"
 #include "host/cf/CFSysmis.h"
+#include "host/vexa/VEXA_DataSource.h"
 #include "host/xml/SDOMXMLWrapper.h"
 #include "host/xml/XMLText.h"
 
@@ -65,6 +70,58 @@ BENCHMARK(BM_ParsePairwise)
     ->Arg(256)
     ->Unit(benchmark::kMicrosecond)
     ->Complexity(benchmark::oN);
+
+// Reads a document and builds every table of it, timing only the builders.
+void BuildTables(benchmark::State& state, const std::string& name) {
+    const std::string xml = ReadDocument(name);
+    std::string error;
+    std::unique_ptr<VEXA_DataSource> dataSource = DataSourceFromDocument(xml, error);
+    if (!dataSource) {
+        state.SkipWithError(("missing document " + name).c_str());
+        return;
+    }
+    NOPROutputStats stats;
+    stats.SetDataSource(dataSource.get());
+    OutputXMLParser parser(dataSource.get(), &stats, xml);
+    if (!parser.Parse()) {
+        state.SkipWithError("document rejected");
+        return;
+    }
+    std::unique_ptr<BpProcedure> procedure;
+    for (auto _ : state) {
+        // The previous tree's destruction is not the builders' cost.
+        state.PauseTiming();
+        procedure.reset();
+        CFErrorChannel::Clear();
+        state.ResumeTiming();
+        procedure = std::make_unique<BpProcedure>("Nonparametric Tests", nullptr, dataSource.get());
+        NOPROutput output(procedure.get(), nullptr, dataSource.get(), &stats);
+        output.MakeOutput();
+        benchmark::DoNotOptimize(procedure->Root());
+    }
+}
+
+void BM_TablesTests(benchmark::State& state) {
+    BuildTables(state, "tests_" + std::to_string(state.range(0)) + ".xml");
+    state.SetComplexityN(state.range(0));
+}
+BENCHMARK(BM_TablesTests)
+    ->Arg(250)
+    ->Arg(1000)
+    ->Arg(4000)
+    ->Unit(benchmark::kMillisecond)
+    ->Complexity(benchmark::oN);
+
+void BM_TablesPairwise(benchmark::State& state) {
+    BuildTables(state, "pairs_" + std::to_string(state.range(0)) + ".xml");
+    state.SetComplexityN(state.range(0) * (state.range(0) - 1) / 2);
+}
+BENCHMARK(BM_TablesPairwise)
+    ->Arg(16)
+    ->Arg(64)
+    ->Arg(256)
+    ->Unit(benchmark::kMicrosecond)
+    ->Complexity(benchmark::oNLogN);
 
 void BM_LoadOnly(benchmark::State& state) {
     const std::string xml = ReadDocument("tests_1000.xml");
