@@ -15,16 +15,12 @@
 #include "host/xml/SDOMXMLWrapper.h"
 #include "host/xml/XMLText.h"
 
-std::unique_ptr<VEXA_DataSource> DataSourceFromDocument(const std::string& xml,
-                                                        std::string& error) {
-    SDOMXMLWrapper root;
-    if (!root.LoadFromString(xml)) {
-        error = root.Error();
-        return nullptr;
-    }
+namespace {
+constexpr std::string_view kDictionaryPath = "Extension/NPAROutput/DataDictionary";
+
+// The variables of a DataDictionary element (an empty handle gives none).
+std::unique_ptr<VEXA_DataSource> FromDictionaryElement(const SDOMXMLWrapper& dictionary) {
     auto source = std::make_unique<VEXA_DataSource>();
-    SDOMXMLWrapper dictionary;
-    root.GetFirstElement("Extension/NPAROutput/DataDictionary", dictionary, true);
     SDOMXMLIterator fields;
     if (!dictionary || !dictionary.GetElementIterator("DataField", fields, true)) {
         return source;
@@ -73,6 +69,64 @@ std::unique_ptr<VEXA_DataSource> DataSourceFromDocument(const std::string& xml,
         }
     }
     return source;
+}
+
+bool HasDescendantNamed(pugi::xml_node node, const char* name) {
+    return static_cast<bool>(node.find_node([name](pugi::xml_node n) {
+        return n.type() == pugi::node_element && std::string_view(n.name()) == name;
+    }));
+}
+
+// The dictionary comes before the tests, which make up nearly all of a large
+// document; reading the text only up to the first "</DataDictionary>" spares
+// a parse of the whole. The prefix is used only when it gives what the whole
+// text would: markup without error up to its end, and at the dictionary's path
+// an element that the cut closed (one without a nested DataDictionary, whose
+// close tag the cut would have been). Otherwise false, and the whole document
+// is read. A document broken after its dictionary is left to the module to
+// reject.
+bool DataSourceFromPrefix(const std::string& xml, std::unique_ptr<VEXA_DataSource>& source) {
+    constexpr std::string_view kClose = "</DataDictionary>";
+    const std::size_t at = xml.find(kClose);
+    if (at == std::string::npos) {
+        return false;
+    }
+    std::string prefix = xml.substr(0, at + kClose.size());
+    pugi::xml_document doc;
+    const pugi::xml_parse_result result =
+        doc.load_buffer_inplace(prefix.data(), prefix.size(), pugi::parse_default);
+    // Elements still open where the text stops are reported at its last byte.
+    const bool cutCleanly = result.status == pugi::status_ok ||
+                            (result.status == pugi::status_end_element_mismatch &&
+                             static_cast<std::size_t>(result.offset) + 1 == prefix.size());
+    if (!cutCleanly) {
+        return false;
+    }
+    SDOMXMLWrapper root(doc.document_element());
+    SDOMXMLWrapper dictionary;
+    if (!root.GetFirstElement(kDictionaryPath, dictionary, true) || !dictionary ||
+        HasDescendantNamed(dictionary.Node(), "DataDictionary")) {
+        return false;
+    }
+    source = FromDictionaryElement(dictionary);
+    return true;
+}
+} // namespace
+
+std::unique_ptr<VEXA_DataSource> DataSourceFromDocument(const std::string& xml,
+                                                        std::string& error) {
+    std::unique_ptr<VEXA_DataSource> source;
+    if (DataSourceFromPrefix(xml, source)) {
+        return source;
+    }
+    SDOMXMLWrapper root;
+    if (!root.LoadFromString(xml)) {
+        error = root.Error();
+        return nullptr;
+    }
+    SDOMXMLWrapper dictionary;
+    root.GetFirstElement(kDictionaryPath, dictionary, true);
+    return FromDictionaryElement(dictionary);
 }
 
 namespace {

@@ -8,9 +8,10 @@
 class VEXA_DataSource;
 
 // The variables of a result document's data dictionary: names, labels,
-// measurement levels, types, formats and value labels. Null with `error` set
-// when the document cannot be read; a document without a dictionary gives an
-// empty data source.
+// measurement levels, types, formats and value labels. Only the text up to
+// the end of the dictionary is read when that suffices. Null with `error` set
+// when the document cannot be read that far; a document without a dictionary
+// gives an empty data source.
 std::unique_ptr<VEXA_DataSource> DataSourceFromDocument(const std::string& xml, std::string& error);
 
 // The variables of a dictionary file (JSON):

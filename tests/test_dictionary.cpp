@@ -94,3 +94,45 @@ TEST(Dictionary, NamesWhatIsWrong) {
     ExpectFormat(*formats->GetVariable(2), VEXA_Format::kString, 3, 0);
 }
 } // namespace
+
+// The data source of a result document is read from the text up to the end
+// of its dictionary when that gives the same variables as the whole text.
+TEST(Dictionary, FromTheDocumentPrefixOrTheWholeDocument) {
+    auto names = [](const std::string& xml, std::string& error) {
+        std::string list;
+        if (auto source = DataSourceFromDocument(xml, error)) {
+            for (int i = 0; i < source->GetVariableCount(); ++i) {
+                list += source->GetVariable(i)->GetName() + ";";
+            }
+        } else {
+            list = "null";
+        }
+        return list;
+    };
+    const std::string head = "<StatXML><Extension><NPAROutput>";
+    const std::string dictionary =
+        "<DataDictionary><DataField name='a'/><DataField name='b'/></DataDictionary>";
+    std::string error;
+    // Broken after the dictionary: the prefix suffices, the module rejects it.
+    EXPECT_EQ(names(head + dictionary + "<NonParametricTests><", error), "a;b;");
+    // Broken before it: the error of the whole document.
+    EXPECT_EQ(names("<StatXML><x a=1/><Extension><NPAROutput>" + dictionary, error),
+              "null");
+    EXPECT_FALSE(error.empty());
+    // A close tag inside a comment, or a nested dictionary closed first, does
+    // not end the dictionary: the whole document is read.
+    EXPECT_EQ(names(head + "<DataDictionary><!-- </DataDictionary> --><DataField name='c'/>" +
+                        "</DataDictionary></NPAROutput></Extension></StatXML>",
+                    error),
+              "c;");
+    EXPECT_EQ(names(head + "<DataDictionary><x><DataDictionary></DataDictionary></x>" +
+                        "<DataField name='d'/></DataDictionary></NPAROutput></Extension></StatXML>",
+                    error),
+              "d;");
+    // The first close tag belongs to a dictionary off the path.
+    EXPECT_EQ(names("<StatXML><Other>" + dictionary + "</Other><Extension><NPAROutput>" +
+                        "<DataDictionary><DataField name='e'/></DataDictionary></NPAROutput>" +
+                        "</Extension></StatXML>",
+                    error),
+              "e;");
+}
