@@ -1,6 +1,8 @@
 // The DOM wrapper and the text functions.
 #include <gtest/gtest.h>
 
+#include <vector>
+
 #include <limits>
 
 #include "host/cf/CFSysmis.h"
@@ -82,6 +84,20 @@ TEST(SDOMXMLWrapper, NavigatesPathsAndIterates) {
 
     ASSERT_TRUE(root.GetElementIterator("Nothing/B", it));
     EXPECT_FALSE(it.Next(e));
+}
+
+TEST(SDOMXMLWrapper, TextBodyIsTheFirstTextOrCdata) {
+    SDOMXMLWrapper root;
+    ASSERT_TRUE(root.LoadFromString("<R><T>1 2</T><T><![CDATA[3]]>4</T><T>5<x/>6</T><T> </T>"
+                                    "<T><x/>7</T><T/></R>"));
+    SDOMXMLIterator it;
+    ASSERT_TRUE(root.GetElementIterator("T", it));
+    std::vector<std::string> texts;
+    SDOMXMLWrapper t;
+    while (it.Next(t)) {
+        ASSERT_TRUE(t.GetTextBody(texts.emplace_back()));
+    }
+    EXPECT_EQ(texts, (std::vector<std::string>{"1 2", "3", "5", " ", "7", ""}));
 }
 
 TEST(SDOMXMLWrapper, RejectsMalformedText) {
