@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <cstdlib>
 #include <fstream>
@@ -396,7 +397,9 @@ std::string Slurp(const std::string& path) {
 }
 
 BinaryRun RunNptests(const std::vector<std::string>& args) {
-    const std::string base = ::testing::TempDir() + "nptests_command_run";
+    // One name per process: ctest runs the tests of this file side by side.
+    const std::string base =
+        ::testing::TempDir() + "nptests_command_run_" + std::to_string(::getpid());
     std::string command = ShellQuote(NPTESTS_BINARY);
     for (const std::string& arg : args) {
         command += ' ';
