@@ -11,5 +11,4 @@ class VEXA_DataSource;
 // measurement levels, types, formats and value labels. Null with `error` set
 // when the document cannot be read; a document without a dictionary gives an
 // empty data source.
-std::unique_ptr<VEXA_DataSource> DataSourceFromDocument(const std::string& xml,
-                                                        std::string& error);
+std::unique_ptr<VEXA_DataSource> DataSourceFromDocument(const std::string& xml, std::string& error);

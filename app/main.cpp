@@ -58,8 +58,7 @@ int main(int argc, char** argv) {
         ->type_name("RESULT.xml");
     app.add_flag("--dump-model", dumpModel,
                  "print what was read from each document as JSON (a debugging aid)");
-    app.add_option("--module", modulePath, "the procedure module to load")
-        ->type_name("FILE");
+    app.add_option("--module", modulePath, "the procedure module to load")->type_name("FILE");
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& e) {
@@ -123,7 +122,8 @@ int main(int argc, char** argv) {
                 error = split.fSource;
             }
         }
-        std::cerr << "nptests: " << error << ": not a readable nonparametric-tests result document\n";
+        std::cerr << "nptests: " << error
+                  << ": not a readable nonparametric-tests result document\n";
         return kExitRejected;
     }
     return kExitOk;

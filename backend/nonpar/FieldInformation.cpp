@@ -1,4 +1,6 @@
 // Field information charts.
 #include "backend/nonpar/FieldInformation.h"
 
-bool FieldInformation::MakeChart(const std::string&, bool) { return false; }
+bool FieldInformation::MakeChart(const std::string&, bool) {
+    return false;
+}

@@ -17,7 +17,7 @@ public:
     // Sends the chart when the field is of this chart's kind; true when sent.
     virtual bool MakeChart(const std::string& suffix, bool appendSuffix);
 
-private:
+protected:
     FacSTDictionary* fDictionary;
     NOPROutputStats* fStats;
     bool fIsCategorical;

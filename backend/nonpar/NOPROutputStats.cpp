@@ -68,30 +68,54 @@ constexpr std::array<CatalogueEntry, 31> kCatalogue = {{
 } // namespace
 
 Stats::BaseHypothesisTest* Stats::CreateTest(Classification classification, Algorithm algorithm,
-                                            Decision decision) {
+                                             Decision decision) {
     std::unique_ptr<BaseHypothesisTest> test;
     auto* list = &fHypothesisTests;
     switch (algorithm) {
-    case kAOChiSquare: test = Make<HTOChiSquare>(); break;
-    case kAOBinomial: test = Make<HTOBinomial>(); break;
-    case kAORuns: test = Make<HTORuns>(); break;
-    case kAOWilcoxonSignedRanks: test = Make<HTOWilcoxonSignedRanks>(); break;
+    case kAOChiSquare:
+        test = Make<HTOChiSquare>();
+        break;
+    case kAOBinomial:
+        test = Make<HTOBinomial>();
+        break;
+    case kAORuns:
+        test = Make<HTORuns>();
+        break;
+    case kAOWilcoxonSignedRanks:
+        test = Make<HTOWilcoxonSignedRanks>();
+        break;
     case kAOEstimateConfidenceInterval:
         test = Make<HTOEstimateConfidenceInterval>();
         list = &fEstimates;
         break;
-    case kAOKolmogorovSmirnov: test = Make<HTOKolmogorovSmirnov>(); break;
+    case kAOKolmogorovSmirnov:
+        test = Make<HTOKolmogorovSmirnov>();
+        break;
     case kAOLilliefors:
         test = Make<HTOKolmogorovSmirnov>();
         list = &fLillieforsTests;
         break;
-    case kARSign: test = Make<HTRSign>(); break;
-    case kARWilcoxonSignedRanks: test = Make<HTRWilcoxonSignedRanks>(); break;
-    case kARCochransQ: test = Make<HTRCochransQ>(); break;
-    case kARMcNemar: test = Make<HTRMcNemar>(); break;
-    case kARFriedmansTwoWayByRanks: test = Make<HTRFriedmansTwoWayByRanks>(); break;
-    case kARKendallsCoefficient: test = Make<HTRKendallsCoefficient>(); break;
-    case kARMarginalHomogeneity: test = Make<HTRMarginalHomogeneity>(); break;
+    case kARSign:
+        test = Make<HTRSign>();
+        break;
+    case kARWilcoxonSignedRanks:
+        test = Make<HTRWilcoxonSignedRanks>();
+        break;
+    case kARCochransQ:
+        test = Make<HTRCochransQ>();
+        break;
+    case kARMcNemar:
+        test = Make<HTRMcNemar>();
+        break;
+    case kARFriedmansTwoWayByRanks:
+        test = Make<HTRFriedmansTwoWayByRanks>();
+        break;
+    case kARKendallsCoefficient:
+        test = Make<HTRKendallsCoefficient>();
+        break;
+    case kARMarginalHomogeneity:
+        test = Make<HTRMarginalHomogeneity>();
+        break;
     case kARHodgesLehmannEstimatePairs:
         test = Make<HTRHodgesLehmannEstimatePairs>();
         list = &fEstimates;
@@ -100,14 +124,29 @@ Stats::BaseHypothesisTest* Stats::CreateTest(Classification classification, Algo
         test = Make<HTIHodgesLehmannEstimateGroups>();
         list = &fEstimates;
         break;
-    case kAIMoses: test = Make<HTIMoses>(); break;
-    case kAIMannWhitneyU: test = Make<HTIMannWhitneyU>(); break;
-    case kAIWaldWolfowitzRuns: test = Make<HTIWaldWolfowitzRuns>(); break;
-    case kAIKolmogorovSmirnov: test = Make<HTIKolmogorovSmirnov>(); break;
-    case kAIKruskalWallis: test = Make<HTIKruskalWallis>(); break;
-    case kAIJonckheereTerpstra: test = Make<HTIJonckheereTerpstra>(); break;
-    case kAIMedian: test = Make<HTIMedian>(); break;
-    default: return nullptr; // no record type for this value
+    case kAIMoses:
+        test = Make<HTIMoses>();
+        break;
+    case kAIMannWhitneyU:
+        test = Make<HTIMannWhitneyU>();
+        break;
+    case kAIWaldWolfowitzRuns:
+        test = Make<HTIWaldWolfowitzRuns>();
+        break;
+    case kAIKolmogorovSmirnov:
+        test = Make<HTIKolmogorovSmirnov>();
+        break;
+    case kAIKruskalWallis:
+        test = Make<HTIKruskalWallis>();
+        break;
+    case kAIJonckheereTerpstra:
+        test = Make<HTIJonckheereTerpstra>();
+        break;
+    case kAIMedian:
+        test = Make<HTIMedian>();
+        break;
+    default:
+        return nullptr; // no record type for this value
     }
     test->fClassification = classification;
     test->fAlgorithm = algorithm;
@@ -124,11 +163,15 @@ Stats::FieldInfoRecord* Stats::AppendFieldInfo() {
 Stats::BaseHypothesisTest* Stats::GetHypothesisTest(std::size_t i) const {
     return At(fHypothesisTests, i);
 }
-Stats::BaseHypothesisTest* Stats::GetEstimate(std::size_t i) const { return At(fEstimates, i); }
+Stats::BaseHypothesisTest* Stats::GetEstimate(std::size_t i) const {
+    return At(fEstimates, i);
+}
 Stats::BaseHypothesisTest* Stats::GetLillieforsTest(std::size_t i) const {
     return At(fLillieforsTests, i);
 }
-Stats::FieldInfoRecord* Stats::GetFieldInfo(std::size_t i) const { return At(fFieldInfos, i); }
+Stats::FieldInfoRecord* Stats::GetFieldInfo(std::size_t i) const {
+    return At(fFieldInfos, i);
+}
 Stats::FieldInfoRecord* Stats::GetFieldInfo(int i) const {
     return i < 0 ? nullptr : At(fFieldInfos, static_cast<std::size_t>(i));
 }

@@ -1,4 +1,6 @@
 // The pairwise comparisons network chart.
 #include "backend/nonpar/NOPRPairwiseChart.h"
 
-bool NOPRPairwiseChart::MakeChart(const std::string&, bool) { return false; }
+bool NOPRPairwiseChart::MakeChart(const std::string&, bool) {
+    return false;
+}

@@ -17,7 +17,7 @@ public:
     // Sends the chart; true when sent.
     bool MakeChart(const std::string& suffix, bool appendSuffix);
 
-private:
+protected:
     FacSTDictionary* fDictionary;
     NOPROutputStats* fStats;
     const NOPROutputStats::BaseHypothesisTest* fTest;

@@ -5,14 +5,16 @@
 #include <memory>
 #include <new>
 
-#include "backend/nonpar/NOPRParseOutXML.h"
 #include "backend/nonpar/NOPROutputStats.h"
+#include "backend/nonpar/NOPRParseOutXML.h"
 #include "host/cf/CFAssert.h"
 #include "host/cf/CFDump.h"
 
 #define CF_ASSERT_SOURCE "backend/nonpar/NOPRProcCustom"
 
-CFProcCustom* GetCFProcCustom() { return new (std::nothrow) NOPRProcCustom(); }
+CFProcCustom* GetCFProcCustom() {
+    return new (std::nothrow) NOPRProcCustom();
+}
 
 NOPRProcCustom::NOPRProcCustom() : CFProcCustom() {}
 
@@ -38,7 +40,9 @@ NOPRProcCustom& NOPRProcCustom::operator=(const NOPRProcCustom& other) {
 
 NOPRProcCustom::~NOPRProcCustom() = default;
 
-bool NOPRProcCustom::ReadCommand(CommandSpec*, CommandDescriptor*) { return true; }
+bool NOPRProcCustom::ReadCommand(CommandSpec*, CommandDescriptor*) {
+    return true;
+}
 
 bool NOPRProcCustom::ProduceOutput(std::vector<std::string>& vPMMLStr,
                                    std::vector<CFSplitDocument>& splits) {

@@ -16,7 +16,7 @@ public:
     virtual void MakeView(NOPROutputStats::BaseHypothesisTest* test, int fieldIndex,
                           const std::string& suffix, bool appendSuffix);
 
-private:
+protected:
     FacSTDictionary* fDictionary;
     NOPROutputStats* fStats;
 };

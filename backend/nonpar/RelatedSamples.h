@@ -13,10 +13,10 @@ public:
         : fDictionary(dictionary), fStats(stats) {}
     virtual ~RelatedSamples() = default;
     // Makes the chart of `test` when it is a related-samples test that has one.
-    virtual void MakeView(NOPROutputStats::BaseHypothesisTest* test,
-                          const std::string& suffix, bool appendSuffix);
+    virtual void MakeView(NOPROutputStats::BaseHypothesisTest* test, const std::string& suffix,
+                          bool appendSuffix);
 
-private:
+protected:
     FacSTDictionary* fDictionary;
     NOPROutputStats* fStats;
 };

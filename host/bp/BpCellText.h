@@ -60,15 +60,15 @@ private:
 class BpDataValue final : public BpCellText {
 public:
     enum Preference {
-        kValue = 0, // the value in the variable's format
-        kLabel = 1, // its value label, or the value when it has none
+        kValue = 0,   // the value in the variable's format
+        kLabel = 1,   // its value label, or the value when it has none
         kDefault = 2, // the output's setting (label when there is one)
     };
     BpDataValue(const VEXA_Variable* variable, double value, int preference)
         : fVariable(variable), fNumber(value), fPreference(preference) {}
     BpDataValue(const VEXA_Variable* variable, std::string value, int preference)
-        : fVariable(variable), fIsString(true), fString(std::move(value)),
-          fPreference(preference) {}
+        : fVariable(variable), fIsString(true), fString(std::move(value)), fPreference(preference) {
+    }
     std::unique_ptr<BpCellText> Clone() const override;
     BpResolvedText Resolve(const BpProcedure& procedure) const override;
 

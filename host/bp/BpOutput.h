@@ -78,6 +78,10 @@ public:
     const FacSTDictionary* Dictionary() const { return fDictionary; }
     const VEXA_DataSource* DataSource() const { return fDataSource; }
 
+    // The procedure whose output is being written on this thread: the one
+    // most recently constructed and not yet destroyed (charts are sent to it).
+    static BpProcedure* Active();
+
     // Where charts go that are sent without a heading: the heading most
     // recently created or made current.
     BpHeading CurrentHeading();
@@ -90,6 +94,7 @@ private:
     const FacSTDictionary* fDictionary;
     const VEXA_DataSource* fDataSource;
     BpHeadingNode* fCurrent;
+    BpProcedure* fPreviousActive;
 };
 
 class BpGroup;
@@ -156,7 +161,8 @@ private:
 class BpPivotTable final {
 public:
     BpPivotTable() = default;
-    BpPivotTable(BpProcedure* procedure, BpTableNode* table) : fProcedure(procedure), fTable(table) {}
+    BpPivotTable(BpProcedure* procedure, BpTableNode* table)
+        : fProcedure(procedure), fTable(table) {}
 
     void Caption(const BpCellText& text);
     void MinDataColumnWidth(int width);

@@ -56,6 +56,7 @@ struct BpTableDimension {
 struct BpTableCell {
     BpResolvedText fText;
     std::vector<int> fNotes;
+    std::vector<int> fCoordinates; // one category per dimension, -1 for none
 };
 
 struct BpTableNode final : BpItem {

@@ -5,17 +5,25 @@
 
 CFProcCustom::~CFProcCustom() = default;
 
-bool CFProcCustom::ReadCommand(CommandSpec*, CommandDescriptor*) { return true; }
+bool CFProcCustom::ReadCommand(CommandSpec*, CommandDescriptor*) {
+    return true;
+}
 
 bool CFProcCustom::ProduceOutput(std::vector<std::string>&, std::vector<CFSplitDocument>&) {
     return false;
 }
 
-bool CFProcCustom::ProduceSplitOutput(std::string&, CFSplitDocument&) { return false; }
+bool CFProcCustom::ProduceSplitOutput(std::string&, CFSplitDocument&) {
+    return false;
+}
 
-void CFProcCustom::SetStatJSON(const std::vector<std::string>& json) { fStatJSON = json; }
+void CFProcCustom::SetStatJSON(const std::vector<std::string>& json) {
+    fStatJSON = json;
+}
 
-bool CFProcCustom::ProcessOutputJSON() { return true; }
+bool CFProcCustom::ProcessOutputJSON() {
+    return true;
+}
 
 int CFProcCustom::GetNextSeed() {
     static thread_local std::mt19937 generator{std::random_device{}()};

@@ -17,11 +17,11 @@ class CFDump;
 // One split of the data, as the host hands it to the procedure.
 class CFSplitDocument final {
 public:
-    std::vector<int> fSplitVariables;   // variables that define the split
-    std::vector<double> fSplitValues;   // the split's value of each split variable
-    bool fHeading = true;               // each split under a heading of its own
-    std::string fResultDocument;        // the engine's result document
-    std::string fSource;                // where the document came from (for messages)
+    std::vector<int> fSplitVariables; // variables that define the split
+    std::vector<double> fSplitValues; // the split's value of each split variable
+    bool fHeading = true;             // each split under a heading of its own
+    std::string fResultDocument;      // the engine's result document
+    std::string fSource;              // where the document came from (for messages)
 
     // The result document; marks the split as handed out, so that the host
     // can tell which split a failed run stopped at.
@@ -61,15 +61,15 @@ public:
     int GetNextSeed();
 
     // Members the host sets up and the procedure reads or writes.
-    BpProcedure* fProcedure = nullptr;        // output goes under its heading
+    BpProcedure* fProcedure = nullptr;          // output goes under its heading
     ProcedureDataSource* fDataSource = nullptr; // the active data source
-    void* fHostContext = nullptr;             // handed unchanged into the model
-    std::vector<int> fVariablesToRead;        // what the engine must read
-    std::int32_t fSeed = 2000000;             // random-number seed
-    bool fSeedFromHost = false;               // take the seed from the host's generator
-    std::vector<int> fHostVariables;          // always read
-    int fExtraVariable = -1;                  // always read when 0 or more
-    std::vector<std::string> fStatJSON;       // kept by SetStatJSON
+    void* fHostContext = nullptr;               // handed unchanged into the model
+    std::vector<int> fVariablesToRead;          // what the engine must read
+    std::int32_t fSeed = 2000000;               // random-number seed
+    bool fSeedFromHost = false;                 // take the seed from the host's generator
+    std::vector<int> fHostVariables;            // always read
+    int fExtraVariable = -1;                    // always read when 0 or more
+    std::vector<std::string> fStatJSON;         // kept by SetStatJSON
 
     // When set, the procedure appends a dump of each split's result model
     // here after reading it (a debugging aid of the command line).

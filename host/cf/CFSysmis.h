@@ -6,4 +6,6 @@
 
 inline constexpr double kCFSysmis = -std::numeric_limits<double>::max();
 
-inline bool CFIsSysmis(double value) { return value == kCFSysmis; }
+inline bool CFIsSysmis(double value) {
+    return value == kCFSysmis;
+}

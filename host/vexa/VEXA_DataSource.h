@@ -12,23 +12,23 @@
 // the host's codes; the date and time types are listed by IsDateTime.
 struct VEXA_Format {
     enum Type : int {
-        kString = 1,      // text of `width` characters
-        kComma = 3,       // number with grouping commas
-        kNumber = 5,      // plain number
-        kDollar = 4,      // currency
-        kPercent = 8,     // number followed by "%"
-        kScientific = 17, // exponent notation
-        kDate = 20,       // dd-mmm-yyyy
-        kTime = 21,       // hh:mm:ss (a duration)
-        kDateTime = 22,   // dd-mmm-yyyy hh:mm:ss
+        kString = 1,        // text of `width` characters
+        kComma = 3,         // number with grouping commas
+        kNumber = 5,        // plain number
+        kDollar = 4,        // currency
+        kPercent = 8,       // number followed by "%"
+        kScientific = 17,   // exponent notation
+        kDate = 20,         // dd-mmm-yyyy
+        kTime = 21,         // hh:mm:ss (a duration)
+        kDateTime = 22,     // dd-mmm-yyyy hh:mm:ss
         kAmericanDate = 23, // mm/dd/yyyy
-        kJulianDate = 24, // yyyyddd
-        kDayTime = 25,    // ddd hh:mm (a duration)
-        kWeekday = 26,    // weekday name
-        kMonth = 27,      // month name
-        kMonthYear = 28,  // mmm yyyy
-        kQuarterYear = 29, // q Q yyyy
-        kWeekYear = 30,   // ww WK yyyy
+        kJulianDate = 24,   // yyyyddd
+        kDayTime = 25,      // ddd hh:mm (a duration)
+        kWeekday = 26,      // weekday name
+        kMonth = 27,        // month name
+        kMonthYear = 28,    // mmm yyyy
+        kQuarterYear = 29,  // q Q yyyy
+        kWeekYear = 30,     // ww WK yyyy
         kEuropeanDate = 38, // dd.mm.yyyy
         kSortableDate = 39, // yyyy/mm/dd
     };
@@ -47,9 +47,7 @@ struct VEXA_Format {
 class VEXA_ValueLabelMap final {
 public:
     void Add(double value, std::string label) { fNumeric[value] = std::move(label); }
-    void Add(std::string value, std::string label) {
-        fString[std::move(value)] = std::move(label);
-    }
+    void Add(std::string value, std::string label) { fString[std::move(value)] = std::move(label); }
     // The label of a value, or null when it has none.
     const std::string* Find(double value) const;
     const std::string* Find(std::string_view value) const;

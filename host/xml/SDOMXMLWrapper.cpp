@@ -9,7 +9,9 @@ struct SDOMXMLWrapper::Document {
 };
 
 namespace {
-bool IsElement(pugi::xml_node node) { return node.type() == pugi::node_element; }
+bool IsElement(pugi::xml_node node) {
+    return node.type() == pugi::node_element;
+}
 
 pugi::xml_node FirstChildElement(pugi::xml_node parent, std::string_view name) {
     for (pugi::xml_node child = parent.first_child(); child; child = child.next_sibling()) {
@@ -63,14 +65,12 @@ pugi::xml_attribute FindAttribute(pugi::xml_node node, std::string_view name) {
 bool SDOMXMLWrapper::LoadFromString(std::string text) {
     auto doc = std::make_shared<Document>();
     doc->fText = std::move(text);
-    pugi::xml_parse_result result =
-        doc->fDoc.load_buffer_inplace(doc->fText.data(), doc->fText.size(),
-                                      pugi::parse_default | pugi::parse_ws_pcdata_single);
+    pugi::xml_parse_result result = doc->fDoc.load_buffer_inplace(
+        doc->fText.data(), doc->fText.size(), pugi::parse_default | pugi::parse_ws_pcdata_single);
     fDocument.reset();
     fNode = {};
     if (!result) {
-        fError = std::string(result.description()) + " at offset " +
-                 std::to_string(result.offset);
+        fError = std::string(result.description()) + " at offset " + std::to_string(result.offset);
         return false;
     }
     pugi::xml_node root = doc->fDoc.document_element();
@@ -84,7 +84,9 @@ bool SDOMXMLWrapper::LoadFromString(std::string text) {
     return true;
 }
 
-std::string_view SDOMXMLWrapper::GetName() const { return fNode ? fNode.name() : ""; }
+std::string_view SDOMXMLWrapper::GetName() const {
+    return fNode ? fNode.name() : "";
+}
 
 bool SDOMXMLWrapper::GetAttribute(std::string_view name, std::string& out) const {
     pugi::xml_attribute a = FindAttribute(fNode, name);
@@ -124,8 +126,7 @@ bool SDOMXMLWrapper::GetFirstElement(std::string_view path, SDOMXMLWrapper& out,
     return ok;
 }
 
-bool SDOMXMLWrapper::GetElementIterator(std::string_view path, SDOMXMLIterator& out,
-                                        bool) const {
+bool SDOMXMLWrapper::GetElementIterator(std::string_view path, SDOMXMLIterator& out, bool) const {
     out = SDOMXMLIterator();
     if (!fNode) {
         return false;
