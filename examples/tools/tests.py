@@ -69,7 +69,9 @@ def ks_one_sample(doc, fi, dist, parameter=None, use_sample=False, lilliefors=Fa
     else:
         p = st.kolmogorov_sf(math.sqrt(n) * d)
         sig = p
-    out = [algorithm(name, ONE, decide(p), condition(key, params, use_sample=use_sample), *tables,
+    # a Lilliefors significance needs 5 cases: below that the test is undecided
+    decision = "unableToCompute" if dist == "normal" and use_sample and n < 5 else decide(p)
+    out = [algorithm(name, ONE, decision, condition(key, params, use_sample=use_sample), *tables,
                      statistics(("TotalN", [("TotalN", n)]),
                                 ("MostExtremeDifferences",
                                  [("Absolute", d), ("Positive", dp), ("Negative", dn)]),
