@@ -7,7 +7,6 @@ every run; the numbers in them are computed from those data by npstats.py.
 """
 
 import json
-import math
 import os
 import random
 import sys

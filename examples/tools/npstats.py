@@ -249,19 +249,11 @@ def histogram(values, width, origin=0.0, lo=None, hi=None):
     return bins
 
 
-def value_counts(values):
-    """Counts of each distinct value, as (value, count), in value order."""
-    out = {}
-    for v in values:
-        out[v] = out.get(v, 0) + 1
-    return sorted(out.items())
-
-
 # ---------------------------------------------------------------------------
 # One-sample tests
 
 
-def ks_one_sample(values, cdf, cdf_left=None, support=None):
+def ks_one_sample(values, cdf, support=None):
     """Most extreme differences of the empirical and a hypothesized CDF.
 
     For a discrete distribution give `support`, the points at which both step

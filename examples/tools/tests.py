@@ -6,7 +6,7 @@ import math
 
 import npstats as st
 from statxml import (algorithm, attr, boxplot_info, comparison, condition, decide, histogram_table,
-                     simple, statistics, struct, vals_not_in_categories)
+                     simple, statistics, struct)
 
 ONE, REL, IND = "One_Sample", "Related_Samples", "Independent_Samples"
 MC_SAMPLES, MC_SEED = 10000, 2000000
