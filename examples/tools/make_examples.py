@@ -14,7 +14,7 @@ import sys
 sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
 
 import npstats as st  # noqa: E402
-import tests as t  # noqa: E402
+import builders as t  # noqa: E402
 from statxml import Document, Field, field_info, message, messages, vals_not_in_categories  # noqa: E402
 
 HERE = os.path.dirname(os.path.abspath(__file__))
