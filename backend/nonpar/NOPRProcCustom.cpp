@@ -7,10 +7,13 @@
 #include <memory>
 #include <new>
 
+#include "backend/nonpar/NOPROutput.h"
 #include "backend/nonpar/NOPROutputStats.h"
 #include "backend/nonpar/NOPRParseOutXML.h"
+#include "host/bp/BpOutput.h"
 #include "host/cf/CFAssert.h"
 #include "host/cf/CFDump.h"
+#include "host/cf/CFSysmis.h"
 #include "host/parser/CommandDescriptor.h"
 #include "host/parser/CommandSpec.h"
 #include "host/parser/ParserMessage.h"
@@ -290,9 +293,32 @@ bool NOPRProcCustom::ProduceSplitOutput(std::string&, CFSplitDocument& split) {
     if (fModelDumps) {
         fModelDumps->push_back(stats->Dump());
     }
+    if (result && fProcedure) {
+        // Declared in this order, the output goes before the heading it
+        // writes under, and both before the reader and the model.
+        std::unique_ptr<BpHeading> heading(MakeSplitHeading(*stats, fProcedure));
+        auto output =
+            std::make_unique<NOPROutput>(fProcedure, heading.get(), fDataSource, stats.get());
+        output->MakeOutput();
+    }
     return result;
 }
 
-BpHeading* NOPRProcCustom::MakeSplitHeading(const NOPROutputStats&, BpProcedure*) {
-    return nullptr;
+BpHeading* NOPRProcCustom::MakeSplitHeading(const NOPROutputStats& stats, BpProcedure* procedure) {
+    const VEXA_DataSource* dataSource = stats.GetDataSource();
+    const CFSplitDocument* split = stats.GetSplit();
+    if (!dataSource || !procedure || !split || split->fSplitVariables.empty() || !split->fHeading) {
+        return nullptr;
+    }
+    BpComposite text("[%1 = %2:, ^1 = ^2:]1", false);
+    text.Sublist();
+    for (std::size_t k = 0; k < split->fSplitVariables.size(); ++k) {
+        const VEXA_Variable* variable = dataSource->GetVariable(split->fSplitVariables[k]);
+        const double value = k < split->fSplitValues.size() ? split->fSplitValues[k] : kCFSysmis;
+        text.Add(BpVariable(variable, 2));
+        text.Add(BpDataValue(variable, value, 2));
+    }
+    text.EndSublist();
+    text.Finish();
+    return new (std::nothrow) BpHeading(procedure->Heading(text));
 }
