@@ -14,6 +14,8 @@ public:
 
     ChartString& append(const ChartString& text);
     ChartString& append(std::string_view utf8);
+    ChartString& append(const char* utf8) { return append(std::string_view(utf8 ? utf8 : "")); }
+    ChartString& append(const std::string& utf8) { return append(std::string_view(utf8)); }
     ChartString& appendInteger(long long value);
     // The shortest text of `value` with at most `digits` significant digits
     // (1-17); NaN and infinities give an empty text.
@@ -21,6 +23,7 @@ public:
     ChartString& assignInteger(long long value);
     bool equals(const ChartString& other) const { return fText == other.fText; }
     bool equals(std::string_view utf8) const { return fText == utf8; }
+    bool equals(const char* utf8) const { return utf8 && fText == utf8; }
     // Replaces every occurrence of `from` by `to`; the number of replacements.
     int replaceSubstring(std::string_view from, std::string_view to);
 
