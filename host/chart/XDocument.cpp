@@ -71,9 +71,8 @@ void XDocument::setUseColorsOnly(bool colorsOnly) {
 }
 
 XDocument::XDocument(const std::string& templateText) {
-    const pugi::xml_parse_result parsed =
-        fDocument.load_buffer(templateText.data(), templateText.size(),
-                              pugi::parse_default | pugi::parse_declaration, pugi::encoding_utf8);
+    const pugi::xml_parse_result parsed = fDocument.load_buffer(
+        templateText.data(), templateText.size(), pugi::parse_default, pugi::encoding_utf8);
     pugi::xml_node root = fDocument.document_element();
     if (parsed && std::string_view(root.name()) == "visualization") {
         fRoot = root;
