@@ -3,6 +3,7 @@
 
 #include <limits>
 
+#include "host/cf/CFSysmis.h"
 #include "host/xml/SDOMXMLWrapper.h"
 #include "host/xml/XMLText.h"
 
@@ -19,8 +20,10 @@ TEST(XMLText, ConvertsNumbers) {
     EXPECT_DOUBLE_EQ(String2Double("1.5"), 1.5);
     EXPECT_DOUBLE_EQ(String2Double(" -2e3 "), -2000.0);
     EXPECT_DOUBLE_EQ(String2Double("+0.25"), 0.25);
-    EXPECT_EQ(String2Double("abc"), 0.0);
-    EXPECT_EQ(String2Double("1.5x"), 0.0);
+    EXPECT_EQ(String2Double("abc"), kCFSysmis);
+    EXPECT_EQ(String2Double("__missing__"), kCFSysmis);
+    EXPECT_EQ(String2Double("1.5x"), kCFSysmis);
+    EXPECT_EQ(String2Integer("abc"), 0);
     EXPECT_EQ(String2Double("1e999"), std::numeric_limits<double>::max());
     EXPECT_EQ(String2Integer("42"), 42);
     EXPECT_EQ(String2Integer("-7"), -7);

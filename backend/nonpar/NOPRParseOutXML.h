@@ -41,6 +41,28 @@ public:
     void FinishTest(NOPROutputStats::BaseHypothesisTest& test);
     static void ReportUnparsedElement(std::string_view name);
 
+    // The test-specific tables, each read into the part of a record it fills.
+    bool ParseTwoClassComparison(const SDOMXMLWrapper& table, NumericTableData& out);
+    bool ParseRunsParameters(const SDOMXMLWrapper& table, NOPROutputStats::HTORuns& test);
+    bool ParseContinuousDistribution(const SDOMXMLWrapper& table,
+                                     NOPROutputStats::HTOWilcoxonSignedRanks& test);
+    bool ParseConfidenceInterval(const SDOMXMLWrapper& table,
+                                 NOPROutputStats::HTOEstimateConfidenceInterval& test);
+    bool ParseRelatedDifferences(const SDOMXMLWrapper& table,
+                                 NOPROutputStats::HTRDifferences& test);
+    bool ParseCategoryFieldsComparison(const SDOMXMLWrapper& table,
+                                       NOPROutputStats::CategoryFieldsComparison& out);
+    bool ParseGroup(const SDOMXMLWrapper& table, NOPROutputStats::GroupRecord& out);
+    bool ParseVariableInformation(const SDOMXMLWrapper& table,
+                                  NOPROutputStats::VariableInformation& out);
+    bool ParseBoxPlotInfo(const SDOMXMLWrapper& table, NOPROutputStats::BoxPlotInfo& out);
+    // A "PairwiseResult" or "StepwiseResult" table.
+    bool ParseMultipleComparison(const SDOMXMLWrapper& table,
+                                 NOPROutputStats::MultipleComparison& out);
+    // One "FieldInfo" element; false also when the model has no record of
+    // the field it names.
+    bool ParseFieldInfo(const SDOMXMLWrapper& fieldInfo);
+
     // The host variable of a dictionary field, or null.
     VEXA_Variable* FieldVariable(const CFMetaData* metaData, int fieldIndex) const;
 

@@ -1,6 +1,8 @@
 // Word splitting and number conversion.
 #include "host/xml/XMLText.h"
 
+#include "host/cf/CFSysmis.h"
+
 #include <charconv>
 #include <cmath>
 #include <limits>
@@ -27,7 +29,10 @@ void SplitToToken(std::string_view text, std::vector<std::string>& out) {
     ForEachToken(text, [&](std::string_view word) { out.emplace_back(word); });
 }
 
-double String2Double(std::string_view word) {
+namespace {
+// The number a word writes; `ok` is false when the word is not a number.
+double ParseDouble(std::string_view word, bool& ok) {
+    ok = true;
     word = Trim(word);
     double value = 0.0;
     auto [end, ec] = std::from_chars(word.data(), word.data() + word.size(), value);
@@ -42,9 +47,17 @@ double String2Double(std::string_view word) {
         return negative ? -std::numeric_limits<double>::max() : std::numeric_limits<double>::max();
     }
     if (ec != std::errc() || end != word.data() + word.size()) {
+        ok = false;
         return 0.0;
     }
     return value;
+}
+} // namespace
+
+double String2Double(std::string_view word) {
+    bool ok = true;
+    const double value = ParseDouble(word, ok);
+    return ok ? value : kCFSysmis;
 }
 
 int String2Integer(std::string_view word) {
@@ -58,8 +71,9 @@ int String2Integer(std::string_view word) {
     if (ec != std::errc() || end != word.data() + word.size()) {
         // A number written with a fraction or exponent ("3.0", "1e2"): take
         // the double and truncate it.
-        double d = String2Double(word);
-        return std::isnan(d) ? 0 : TruncateToInt(d);
+        bool ok = true;
+        const double d = ParseDouble(word, ok);
+        return !ok || std::isnan(d) ? 0 : TruncateToInt(d);
     }
     if (value < std::numeric_limits<int>::min()) {
         return std::numeric_limits<int>::min();

@@ -32,8 +32,9 @@ template <typename Visit> void ForEachToken(std::string_view text, Visit&& visit
 }
 
 // The number a word writes, by std::from_chars; surrounding blanks and a
-// leading "+" are allowed. A word that is not a number gives 0; a number out
-// of range gives the nearest representable value (an integer saturates).
+// leading "+" are allowed. A word that is not a number gives the
+// system-missing value as a double and 0 as an integer; a number out of range
+// gives the nearest representable value (an integer saturates).
 double String2Double(std::string_view word);
 int String2Integer(std::string_view word);
 
