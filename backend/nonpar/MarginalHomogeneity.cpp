@@ -53,12 +53,11 @@ bool MarginalHomogeneity::MakeChart(const std::string& suffix, bool appendSuffix
     prefix.replaceSubstring("\\n", "\n");
     prefix.append(" ");
     graph.getVariable("CellValue", 0).SetFormatPrefix(prefix);
-    const XVariable rowVariable = graph.getVariable("Row", 0);
-    rowVariable.setVexaVariable(FieldVariable(first));
-    rowVariable.setFormatBasedOnVexaVariable(FieldVariable(first));
-    const XVariable columnVariable = graph.getVariable("Column", 0);
-    columnVariable.setVexaVariable(FieldVariable(second));
-    columnVariable.setFormatBasedOnVexaVariable(FieldVariable(second));
+    const auto& table = fTest->fComparison.fTable;
+    RSMcNemarChangeTestView::BindFacet(graph.getVariable("Row", 0), FieldVariable(first),
+                                       table.fRowNames);
+    RSMcNemarChangeTestView::BindFacet(graph.getVariable("Column", 0), FieldVariable(second),
+                                       table.fColumnNames);
     graph.getVariable("category", 0).setLabel(Text("E62935"));
     return Send(document, nullptr, suffix, appendSuffix, true);
 }

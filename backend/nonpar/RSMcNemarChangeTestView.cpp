@@ -5,9 +5,10 @@
 // with "Category" 1 and the hypothesized count: the observed count on the
 // diagonal, the mean of the cell and its mirror cell elsewhere (square
 // tables; other tables keep the observed count). "CellText" is the row's
-// category value (graph variable "Row"), "Column" the column's; both
-// tooltips go on every row of the cell. The popup shows the observed
-// ($[1]$) and the hypothesized ($[2]$) count.
+// category value (graph variable "Row", relabelled with the text the field
+// shows for it), "Column" the column's; both tooltips go on every row of the
+// cell. The popup shows the observed ($[1]$) and the hypothesized ($[2]$)
+// count.
 #include "backend/nonpar/RSMcNemarChangeTestView.h"
 
 #include <algorithm>
@@ -48,6 +49,20 @@ double RSMcNemarChangeTestView::CategoryCode(const std::vector<std::string>& nam
         }
     }
     return static_cast<double>(position);
+}
+
+void RSMcNemarChangeTestView::BindFacet(const XVariable& facet, const VEXA_Variable* field,
+                                        const std::vector<std::string>& names) {
+    if (!field) {
+        return;
+    }
+    facet.setVexaVariable(field);
+    facet.setFormatBasedOnVexaVariable(field);
+    for (size_t i = 0; i < names.size(); ++i) {
+        const double code = CategoryCode(names, i);
+        facet.addRelabel(code,
+                         ValueText(field, NumericFormatCFToStat(code, field->GetFormat().fType)));
+    }
 }
 
 bool RSMcNemarChangeTestView::FillFacetData(VarDataProcessor& data,
@@ -123,12 +138,9 @@ bool RSMcNemarChangeTestView::MakeChart(const std::string& suffix, bool appendSu
     prefix.replaceSubstring("\\n", "\n");
     prefix.append(" ");
     graph.getVariable("CellValue", 0).SetFormatPrefix(prefix);
-    const XVariable rowVariable = graph.getVariable("Row", 0);
-    rowVariable.setVexaVariable(FieldVariable(first));
-    rowVariable.setFormatBasedOnVexaVariable(FieldVariable(first));
-    const XVariable columnVariable = graph.getVariable("Column", 0);
-    columnVariable.setVexaVariable(FieldVariable(second));
-    columnVariable.setFormatBasedOnVexaVariable(FieldVariable(second));
+    const auto& table = fTest->fComparison.fTable;
+    BindFacet(graph.getVariable("Row", 0), FieldVariable(first), table.fRowNames);
+    BindFacet(graph.getVariable("Column", 0), FieldVariable(second), table.fColumnNames);
     const XVariable category = graph.getVariable("category", 0);
     category.setLabel(Text("E62935"));
     category.addRelabel(0, Text("Observed"));

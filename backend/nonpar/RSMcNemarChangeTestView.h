@@ -7,6 +7,7 @@
 #include "backend/nonpar/NOPRChartContext.h"
 
 class VarDataProcessor;
+class XVariable;
 
 class RSMcNemarChangeTestView : public NOPRChartContext {
 public:
@@ -24,6 +25,10 @@ public:
     // The row value of a category name: the name read as a number, else its
     // position.
     static double CategoryCode(const std::vector<std::string>& names, size_t position);
+    // Binds a facet variable to a field and gives each category of the table
+    // (by its name) the text the field shows for it.
+    static void BindFacet(const XVariable& facet, const VEXA_Variable* field,
+                          const std::vector<std::string>& names);
 
 private:
     const NOPROutputStats::HTRMcNemar* fTest;
