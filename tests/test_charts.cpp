@@ -4,6 +4,7 @@
 // model whose documents must parse as XML.
 #include <gtest/gtest.h>
 
+#include <limits>
 #include <map>
 #include <pugixml.hpp>
 
@@ -18,7 +19,9 @@
 #include "backend/nonpar/RelatedSamples.h"
 #include "host/bp/BpOutput.h"
 #include "host/chart/ChartString.h"
+#include "host/chart/ChartTranscoder.h"
 #include "host/chart/VarDataProcessor.h"
+#include "host/chart/ViZVisualization.h"
 #include "host/chart/XDocument.h"
 #include "host/chart/XUtility.h"
 #include "host/vexa/VEXA_DataSource.h"
@@ -586,4 +589,435 @@ TEST(Dispatch, EveryChartOfEveryTestAndFieldParsesAsXML) {
         EXPECT_EQ(templates["GLMMPairwiseContrasts.viztemplate"], 6);
         EXPECT_EQ(charts.back()->fTitle, "Categorical Field Information");
     }
+}
+
+TEST(ChartLayer, DocumentsThatAreNotChartsAreNeverSent) {
+    ChartOutput output;
+    for (const char* text : {"", "<visualization>", "<graph id=\"graph1\"/>", "plain"}) {
+        XDocument document(text);
+        EXPECT_FALSE(document.isValid());
+        document.setEditor(2);
+        document.setLanguage();
+        EXPECT_FALSE(document.getExternalGraph().setTitle("T"));
+        EXPECT_FALSE(document.getExternalGraph().getVariable("Value", 0).setLabel("L"));
+        EXPECT_FALSE(document.applyCTemplate(false));
+        EXPECT_FALSE(document.SendChart(true, false, false));
+    }
+    EXPECT_TRUE(output.Charts().empty());
+    for (const char* name : {"", ".", "..", "a/b.viztemplate", "..\\x", "missing.viztemplate"}) {
+        EXPECT_TRUE(XDocument::fetchTemplateFile(name).empty()) << name;
+    }
+}
+
+TEST(ChartLayer, SendChartHandsTheDocumentToTheActiveProcedure) {
+    const std::string text = "<visualization template=\"T.viztemplate\" palette=\"red\">"
+                             "<graph id=\"graph1\"><outerFrame width=\"1\" height=\"1\"/></graph>"
+                             "<data source=\"s\"><variable id=\"v\"/></data></visualization>";
+    {
+        XDocument orphan(text);
+        EXPECT_FALSE(orphan.SendChart(true, false, false)); // no procedure writes output
+    }
+    ChartOutput output;
+    XDocument document(text);
+    const XGraph graph = document.getExternalGraph();
+    EXPECT_TRUE(graph.setTitle("First"));
+    EXPECT_TRUE(graph.setTitle("Title"));
+    EXPECT_TRUE(graph.setSubtitle("Sex = 1"));
+    EXPECT_TRUE(graph.setOuterFrameWidth(2.5));
+    EXPECT_FALSE(graph.setOuterFrameHeight(std::numeric_limits<double>::quiet_NaN()));
+    EXPECT_TRUE(document.applyCTemplate(false));
+    document.SetDescription("Title; Sex = 1");
+    VarDataProcessor data;
+    data.AddDataSource("s", 0);
+    data.AddVariable("s", "v", nullptr);
+    data.SetVariableValue("s", "v", 1, 2.0);
+    document.SetChartData(&data);
+    data.SetVariableValue("s", "v", 5, 2.0); // later changes are not the chart's
+    ASSERT_TRUE(document.SendChart(true, false, false));
+    const BpChartNode* chart = output.Only();
+    ASSERT_NE(chart, nullptr);
+    EXPECT_EQ(chart->fTemplate, "T.viztemplate");
+    EXPECT_EQ(chart->fTitle, "Title");
+    EXPECT_EQ(chart->fSubtitle, "Sex = 1");
+    EXPECT_EQ(chart->fDescription, "Title; Sex = 1");
+    ASSERT_EQ(chart->fSources.size(), 1u);
+    EXPECT_EQ(chart->fSources[0].fVariables[0].fValues.size(), 2u);
+    // The template's own palette stays; titles go before the graph.
+    EXPECT_EQ(chart->fDocument,
+              "<visualization template=\"T.viztemplate\" palette=\"red\" font=\"sans-serif\">"
+              "<title><text>Title</text></title><subtitle><text>Sex = 1</text></subtitle>"
+              "<graph id=\"graph1\"><outerFrame width=\"2.5\" height=\"1\"/></graph>"
+              "<data source=\"s\"><variable id=\"v\"/></data></visualization>");
+}
+
+TEST(ChartLayer, VariablesTakeFormatsLabelsAndRelabels) {
+    XDocument document("<visualization><data source=\"s\"><variable id=\"v\"/></data>"
+                       "<derivedVariable id=\"d\" variable=\"v\" rule=\"sign\"/>"
+                       "<graph id=\"graph1\"/></visualization>");
+    const XGraph graph = document.getExternalGraph();
+    const XVariable variable = graph.getVariable("v", 0);
+    const XVariable missing = graph.getVariable("w", 0);
+    EXPECT_FALSE(missing.setCategorical(true));
+    EXPECT_FALSE(missing.addRelabel(1, "x"));
+    EXPECT_FALSE(variable.setVexaVariable(nullptr));
+
+    VEXA_Variable income("income", 0);
+    income.SetLabel("Income");
+    income.SetMeasure(VEXA_Variable::kContinuous);
+    const auto format = [&](int type, int decimals) {
+        income.SetFormat({type, 10, decimals});
+        EXPECT_TRUE(variable.setFormatBasedOnVexaVariable(&income));
+        std::string out;
+        for (const pugi::xml_attribute attribute : variable.getFormat().node().attributes()) {
+            out += std::string(attribute.name()) + "=" + attribute.value() + " ";
+        }
+        return out;
+    };
+    EXPECT_EQ(format(VEXA_Format::kDollar, 2), "type=number decimals=2 grouping=true prefix=$ ");
+    EXPECT_EQ(format(VEXA_Format::kPercent, 1), "type=number decimals=1 grouping=false suffix=% ");
+    EXPECT_EQ(format(VEXA_Format::kDate, 0), "type=date pattern=dd-MMM-yyyy unit=days ");
+    EXPECT_EQ(format(VEXA_Format::kTime, 0), "type=time pattern=hh:mm:ss unit=seconds ");
+    EXPECT_TRUE(variable.SetFormatPrefix("Observed\n"));
+    EXPECT_EQ(variable.getFormat().node().attribute("pattern").value(), std::string("hh:mm:ss"));
+    EXPECT_TRUE(variable.SetNumberFormat(XVariable::kGeneralNumber, false, nullptr, nullptr));
+    EXPECT_EQ(variable.getFormat().node().attribute("type").value(), std::string("general"));
+    EXPECT_FALSE(variable.getFormat().node().attribute("prefix"));
+
+    EXPECT_TRUE(variable.setVexaVariable(&income));
+    EXPECT_EQ(variable.node().attribute("label").value(), std::string("Income"));
+    EXPECT_EQ(variable.node().attribute("measure").value(), std::string("continuous"));
+    EXPECT_TRUE(variable.addRelabel(1, "one"));
+    EXPECT_TRUE(variable.addRelabel(1, "One"));
+    EXPECT_TRUE(variable.addRelabel(0.5, "half"));
+    EXPECT_FALSE(variable.addRelabel(std::numeric_limits<double>::infinity(), "never"));
+    EXPECT_EQ(std::distance(variable.node().children("relabel").begin(),
+                            variable.node().children("relabel").end()),
+              2);
+    EXPECT_EQ(
+        variable.node().find_child_by_attribute("relabel", "value", "1").attribute("text").value(),
+        std::string("One"));
+    // Derived variables are found by the graph too.
+    EXPECT_TRUE(graph.getVariable("d", 0).addRelabel(2, "negative"));
+}
+
+TEST(ChartLayer, DocumentHandlesAddStylesFramesAndLegends) {
+    XDocument document("<visualization><style id=\"chartStyle1\"/><legend id=\"old\"/>"
+                       "<graph id=\"graph1\"><schema/></graph></visualization>");
+    const ViZVisualization visualization = document.getVisualization();
+    EXPECT_EQ(visualization.addStyle().id(), "chartStyle2");
+    EXPECT_EQ(visualization.addStyle().id(), "chartStyle3");
+    const ViZLegend legend = visualization.addFirstLegend("new");
+    EXPECT_EQ(visualization.node().child("legend").attribute("id").value(), std::string("new"));
+    EXPECT_TRUE(legend.setTitle("Groups"));
+    const ViZGraph graph = visualization.getGraph(0);
+    EXPECT_FALSE(visualization.getGraph(1));
+    EXPECT_TRUE(graph.getElement("schema").setAesthetic("label", "Label"));
+    EXPECT_FALSE(graph.getElement("interval").setAesthetic("label", "Label"));
+    const ViZLocation location =
+        graph.addLocation(ViZLocation::kHeight, ViZLocation::kSizeToContent);
+    EXPECT_EQ(location.node().attribute("part").value(), std::string("height"));
+    EXPECT_EQ(location.node().attribute("method").value(), std::string("sizeToContent"));
+    EXPECT_EQ(ViZLocation::PartName(42), std::string("left"));
+    EXPECT_FALSE(visualization.hasSubtitle());
+    document.getExternalGraph().setSubtitle("split");
+    EXPECT_TRUE(visualization.hasSubtitle());
+    EXPECT_TRUE(ParsesAsXML(document.toXML()));
+}
+
+TEST(ChartLayer, TranscodersReadTheirCodePagesAndRejectBrokenUTF8) {
+    EXPECT_EQ(ChartTranscoder("CP1252").transcode("\x80 \x9F").str(), "\xE2\x82\xAC \xC5\xB8");
+    EXPECT_EQ(ChartTranscoder("latin1").transcode("\x80").str(), "\xC2\x80");
+    EXPECT_EQ(ChartTranscoder("cp1252").transcode("\x81").str(), "\xEF\xBF\xBD");
+    // Overlong, surrogate and truncated sequences are not UTF-8.
+    for (const char* broken : {"\xC0\xAF", "\xED\xA0\x80", "\xE2\x82", "\xF5\x80\x80\x80"}) {
+        EXPECT_FALSE(ChartTranscoder::IsValidUTF8(broken));
+        EXPECT_TRUE(ChartTranscoder::IsValidUTF8(ChartTranscoder("UTF-8").transcode(broken).str()));
+    }
+    EXPECT_TRUE(ChartTranscoder::IsValidUTF8("\xF0\x9F\x98\x80"));
+}
+
+namespace {
+
+// The chart of one test of a model that holds every test.
+const BpChartNode* ChartOf(ChartOutput& output, ChartModel& model, Stats::Algorithm algorithm,
+                           const std::string& suffix = "") {
+    for (const auto& test : model.fStats.GetHypothesisTests()) {
+        if (test->fAlgorithm == algorithm) {
+            OneSample(nullptr, &model.fStats).MakeView(test.get(), 0, suffix, !suffix.empty());
+            IndependentSamples(nullptr, &model.fStats)
+                .MakeView(test.get(), suffix, !suffix.empty());
+            RelatedSamples(nullptr, &model.fStats).MakeView(test.get(), suffix, !suffix.empty());
+            break;
+        }
+    }
+    const auto charts = output.Charts();
+    return charts.empty() ? nullptr : charts.back();
+}
+
+template <typename Record> Record* TestOf(ChartModel& model, Stats::Algorithm algorithm) {
+    for (const auto& test : model.fStats.GetHypothesisTests()) {
+        if (test->fAlgorithm == algorithm) {
+            return dynamic_cast<Record*>(test.get());
+        }
+    }
+    return nullptr;
+}
+
+std::vector<std::string> Strings(const BpChartNode::Variable* variable) {
+    std::vector<std::string> out;
+    for (const auto& value : variable ? variable->fValues : std::vector<BpChartNode::Value>{}) {
+        out.push_back(std::holds_alternative<std::string>(value) ? std::get<std::string>(value)
+                                                                 : "-");
+    }
+    return out;
+}
+
+bool Has(const BpChartNode* chart, std::string_view text) {
+    return chart && chart->fDocument.find(text) != std::string::npos;
+}
+
+} // namespace
+
+TEST(OneSample, ChiSquareSkipsOtherValuesAndFillsItsPopup) {
+    ChartOutput output;
+    ChartModel model;
+    model.AddEveryTest();
+    const BpChartNode* chart = ChartOf(output, model, Stats::kAOChiSquare);
+    ASSERT_NE(chart, nullptr);
+    EXPECT_EQ(Numbers(Variable(*chart, "graphSource", "Category")),
+              (std::vector<double>{0, 0, 1, 1, 2, 2}));
+    EXPECT_EQ(Numbers(Variable(*chart, "graphSource", "Frequency")),
+              (std::vector<double>{10, 10, 12, 10, 8, 10}));
+    EXPECT_EQ(Numbers(Variable(*chart, "graphSource", "Residual")),
+              (std::vector<double>{0, 0, 2, 2, -2, -2}));
+    EXPECT_TRUE(Has(chart, "<popup tokenTemplate=\"group=$[category]$&#10;"
+                           "Observed=$[observed]$&#10;Hypothesized=$[hypothesized]$&#10;"
+                           "E61605=$[residual]$\" target=\"interval\">"));
+    EXPECT_TRUE(Has(chart, "<relabel value=\"1\" text=\"Hypothesized\"/>"));
+    EXPECT_TRUE(Has(chart, "<relabel value=\"2\" text=\"Group C\"/>"));
+    EXPECT_TRUE(Has(chart, "<title><text>One-Sample Chi-Square Test</text></title>"));
+}
+
+TEST(OneSample, BinomialStacksPercentagesOfPositiveCellsOnly) {
+    ChartOutput output;
+    ChartModel model;
+    model.AddEveryTest();
+    auto* binomial = TestOf<Stats::HTOBinomial>(model, Stats::kAOBinomial);
+    binomial->fTable.fRows = {{4, 6}, {0.5, 0}};
+    const BpChartNode* chart = ChartOf(output, model, Stats::kAOBinomial);
+    ASSERT_NE(chart, nullptr);
+    EXPECT_EQ(chart->fTemplate, "NPARStackedBar.viztemplate");
+    EXPECT_EQ(Strings(Variable(*chart, "graphSource", "categories")),
+              (std::vector<std::string>{"E60564", "E60564", "Hypothesized"}));
+    EXPECT_EQ(Strings(Variable(*chart, "graphSource", "type")),
+              (std::vector<std::string>{"<=2.50", ">2.50", "<=2.50"}));
+    EXPECT_EQ(Numbers(Variable(*chart, "graphSource", "value")),
+              (std::vector<double>{40, 60, 100}));
+    EXPECT_EQ(Strings(Variable(*chart, "graphSource", "tooltip")).back(),
+              "<=2.50 100.0%\n>2.50 0.0%\n");
+    EXPECT_TRUE(Has(chart, "<text>Score &amp; &lt;points&gt;</text>")); // the legend's title
+    EXPECT_TRUE(Has(chart, "<text>E60703</text>"));
+
+    // Success defined by the field's categories: their labels name the columns.
+    binomial->fConditionKey = "ABinaryTestVariableIsSpecified_O_Binomial_5";
+    binomial->fConditionParameters = {Parameter(1, {1}), Parameter(2, {0}), Parameter(3, {2})};
+    const BpChartNode* labelled = ChartOf(output, model, Stats::kAOBinomial);
+    EXPECT_EQ(Strings(Variable(*labelled, "graphSource", "type")).front(), "Group A");
+}
+
+TEST(OneSample, KolmogorovSmirnovFitsTheDistributionOfItsConditionKey) {
+    ChartOutput output;
+    ChartModel model;
+    model.AddEveryTest();
+    auto* ks = TestOf<Stats::HTOKolmogorovSmirnov>(model, Stats::kAOKolmogorovSmirnov);
+    const BpChartNode* normal = ChartOf(output, model, Stats::kAOKolmogorovSmirnov);
+    ASSERT_NE(normal, nullptr);
+    EXPECT_EQ(normal->fTitle, "One-Sample Kolmogorov-Smirnov Normal Test");
+    EXPECT_TRUE(Has(normal, "<line><distributionStatistic distribution=\"normal\" "
+                            "parameter=\"4.5\" secondaryParameter=\"1.25\"/>"
+                            "<x variable=\"value\"/><y variable=\"count\"/></line></graph>"));
+    EXPECT_TRUE(
+        Has(normal, "<text>Normal Parameters\nMean = 4.500\nStd. Deviation = 1.250</text>"));
+
+    ks->fConditionKey = "ExponentialDistribution_O_KolmogorovSmirnov_2";
+    ks->fConditionParameters.pop_back();
+    const BpChartNode* exponential = ChartOf(output, model, Stats::kAOKolmogorovSmirnov);
+    EXPECT_TRUE(Has(exponential, "distribution=\"exponential\" parameter=\"4.5\"/>"));
+    EXPECT_FALSE(Has(exponential, "secondaryParameter"));
+
+    ks->fConditionKey = "SomethingElse";
+    const BpChartNode* other = ChartOf(output, model, Stats::kAOKolmogorovSmirnov);
+    EXPECT_EQ(other->fTitle, "One-Sample Kolmogorov-Smirnov Test");
+    EXPECT_FALSE(Has(other, "distributionStatistic"));
+    EXPECT_EQ(output.Charts().size(), 3u);
+}
+
+TEST(OneSample, WilcoxonDrawsBothMediansWithALegendBesideTheGraph) {
+    ChartOutput output;
+    ChartModel model;
+    model.AddEveryTest();
+    const BpChartNode* chart = ChartOf(output, model, Stats::kAOWilcoxonSignedRanks);
+    ASSERT_NE(chart, nullptr);
+    pugi::xml_document document;
+    ASSERT_TRUE(document.load_string(chart->fDocument.c_str()));
+    const pugi::xml_node graph = document.child("visualization").child("graph");
+    std::vector<std::string> guides;
+    for (const pugi::xml_node guide : graph.children("lineGuide")) {
+        const pugi::xml_node style =
+            document.child("visualization")
+                .find_child_by_attribute("style", "id", guide.attribute("style").value());
+        guides.push_back(std::string(guide.attribute("x").value()) + " " +
+                         style.attribute("color").value());
+    }
+    EXPECT_EQ(guides, (std::vector<std::string>{"2 green", "2.5 blue"}));
+    // The graph's last location moves its right edge to make room for the legend.
+    EXPECT_EQ(graph.last_child().previous_sibling().name(), std::string("lineGuide"));
+    EXPECT_EQ(graph.last_child().attribute("part").value(), std::string("right"));
+    EXPECT_EQ(graph.last_child().attribute("value").value(), std::string("80%"));
+    const pugi::xml_node frame =
+        document.child("visualization").find_child_by_attribute("labelFrame", "id", "medianLegend");
+    EXPECT_EQ(std::distance(frame.children("location").begin(), frame.children("location").end()),
+              4);
+    EXPECT_EQ(std::distance(frame.children("label").begin(), frame.children("label").end()), 2);
+    EXPECT_TRUE(Has(chart, "<text>TotalN = 30</text>"));
+}
+
+TEST(IndependentSamples, MosesLegendNeedsTwoGroups) {
+    ChartOutput output;
+    ChartModel model;
+    model.AddEveryTest();
+    const BpChartNode* two = ChartOf(output, model, Stats::kAIMoses);
+    EXPECT_TRUE(Has(two, "<derivedVariable id=\"mosesGroup\" variable=\"Category\" rule=\"match\" "
+                         "value=\"1\" categorical=\"true\">"));
+    EXPECT_TRUE(Has(two, "<color variable=\"mosesGroup\"/>"));
+    EXPECT_TRUE(Has(two, "<label variable=\"Label\"/>"));
+    auto* moses = TestOf<Stats::HTIMoses>(model, Stats::kAIMoses);
+    moses->fBoxPlot.fGroupCount = 1;
+    moses->fBoxPlot.fGroups.resize(1);
+    const BpChartNode* one = ChartOf(output, model, Stats::kAIMoses);
+    ASSERT_NE(one, two);
+    EXPECT_FALSE(Has(one, "mosesGroup"));
+    EXPECT_FALSE(Has(one, "<label"));
+}
+
+TEST(IndependentSamples, MannWhitneyBarsStandBackToBackAndKolmogorovSmirnovKeepsItsTemplate) {
+    ChartOutput output;
+    ChartModel model;
+    model.AddEveryTest();
+    const BpChartNode* mannWhitney = ChartOf(output, model, Stats::kAIMannWhitneyU);
+    ASSERT_NE(mannWhitney, nullptr);
+    EXPECT_TRUE(Has(mannWhitney, "alternating=\"true\" bars=\"y\" invert=\"false\""));
+    EXPECT_TRUE(Has(mannWhitney, "value=\"18%\""));
+    EXPECT_TRUE(Has(mannWhitney, "<text>Group A</text>"));
+    EXPECT_EQ(Strings(Variable(*mannWhitney, "graphSource", "LABELNAME")),
+              (std::vector<std::string>{"Group A", "Group A", "Group B", "Group B"}));
+    const BpChartNode* ks = ChartOf(output, model, Stats::kAIKolmogorovSmirnov);
+    EXPECT_EQ(ks->fTemplate, "NPARKolmogorovSmirnov.viztemplate");
+    EXPECT_TRUE(Has(ks, "alternating=\"false\" bars=\"y\" invert=\"false\""));
+
+    TestOf<Stats::HTIWaldWolfowitzRuns>(model, Stats::kAIWaldWolfowitzRuns)->fGroups.resize(1);
+    EXPECT_EQ(ChartOf(output, model, Stats::kAIWaldWolfowitzRuns), ks);
+}
+
+TEST(RelatedSamples, MarginalHomogeneityDropsTheLegendAndTheHypothesizedToken) {
+    ChartOutput output;
+    ChartModel model;
+    model.AddEveryTest();
+    const BpChartNode* chart = ChartOf(output, model, Stats::kARMarginalHomogeneity);
+    ASSERT_NE(chart, nullptr);
+    EXPECT_FALSE(Has(chart, "<legend"));
+    EXPECT_FALSE(Has(chart, "HypothesizedTooltip\"/>"));
+    EXPECT_TRUE(Has(chart, "tokenTemplate=\"Observed=$[1]$\""));
+    EXPECT_EQ(Variable(*chart, "graphSource", "HypothesizedTooltip"), nullptr);
+    EXPECT_EQ(Numbers(Variable(*chart, "graphSource", "CellValue")),
+              (std::vector<double>{10, 6, 2, 12}));
+    EXPECT_TRUE(Has(chart, "<relabel value=\"1\" text=\"1.00\"/>")); // the field's format
+}
+
+TEST(RelatedSamples, CochranNamesRowsByFieldAndDropsTheLegendTitle) {
+    ChartOutput output;
+    ChartModel model;
+    model.AddEveryTest();
+    auto* cochran = TestOf<Stats::HTRCochransQ>(model, Stats::kARCochransQ);
+    cochran->fTable.fRowNames = {"2", "17", "x3"};
+    const BpChartNode* chart = ChartOf(output, model, Stats::kARCochransQ);
+    ASSERT_NE(chart, nullptr);
+    // The third row's failures only: its zero successes add no row.
+    EXPECT_EQ(Strings(Variable(*chart, "graphSource", "categories")),
+              (std::vector<std::string>{"before", "before", "17", "17", "x3"}));
+    EXPECT_TRUE(Has(chart, "<legend id=\"legend1\" variable=\"type\"><title><text/></title>"));
+}
+
+TEST(RelatedSamples, PairChartTellsSignsApartAndNeedsItsRecordType) {
+    ChartOutput output;
+    ChartModel model;
+    model.AddEveryTest();
+    const BpChartNode* sign = ChartOf(output, model, Stats::kARSign);
+    ASSERT_NE(sign, nullptr);
+    EXPECT_EQ(sign->fTitle, "Related-Samples Sign Test");
+    EXPECT_TRUE(Has(sign, "<relabel value=\"1\" text=\"Positive Differences&#10;(7)\"/>"));
+    EXPECT_TRUE(Has(sign, "<relabel value=\"2\" text=\"Negative Differences&#10;(5)\"/>"));
+    EXPECT_TRUE(Has(sign, "<text>Number of Ties = 2</text>"));
+    EXPECT_TRUE(Has(sign, "<text>after - before</text>"));
+    EXPECT_EQ(ChartOf(output, model, Stats::kARWilcoxonSignedRanks)->fTitle,
+              "Related-Samples Wilcoxon Signed Rank Test");
+
+    // A sign-test code on a record of another type makes no chart.
+    auto* wilcoxon = TestOf<Stats::HTRWilcoxonSignedRanks>(model, Stats::kARWilcoxonSignedRanks);
+    wilcoxon->fAlgorithm = Stats::kARSign;
+    const size_t before = output.Charts().size();
+    RelatedSamples(nullptr, &model.fStats).MakeView(wilcoxon, "", false);
+    EXPECT_EQ(output.Charts().size(), before);
+}
+
+TEST(Network, WithoutATestFieldNodesKeepTheirFormatAndTheNoteFitsTheTest) {
+    ChartOutput output;
+    ChartModel model;
+    model.AddEveryTest();
+    for (auto algorithm : {Stats::kARCochransQ, Stats::kARFriedmansTwoWayByRanks}) {
+        auto* test = model.fStats.GetHypothesisTests()[0].get();
+        for (const auto& each : model.fStats.GetHypothesisTests()) {
+            test = each->fAlgorithm == algorithm ? each.get() : test;
+        }
+        const auto* comparison = algorithm == Stats::kARCochransQ
+                                     ? &dynamic_cast<Stats::HTRCochransQ*>(test)->fComparison
+                                     : &dynamic_cast<Stats::HTRRanks*>(test)->fComparison;
+        ASSERT_TRUE(
+            NOPRPairwiseChart(nullptr, &model.fStats, test, comparison).MakeChart("", false));
+    }
+    const auto charts = output.Charts();
+    ASSERT_EQ(charts.size(), 2u);
+    EXPECT_EQ(charts[0]->fTitle, "Pairwise Comparisons");
+    EXPECT_TRUE(Has(charts[0], "<text>Each node shows the sample number of successes.</text>"));
+    EXPECT_TRUE(Has(charts[1], "<text>Each node shows the sample average rank.</text>"));
+    EXPECT_TRUE(Has(charts[0], "<variable id=\"node\" type=\"number\"/>"));
+    EXPECT_EQ(Strings(Variable(*charts[0], "nodeSource_1", "label")),
+              (std::vector<std::string>{"Score & <points>", "group", "before"}));
+}
+
+TEST(FieldViews, EachFieldGetsTheViewOfItsKindWhenBinnedByInterval) {
+    ChartOutput output;
+    ChartModel model;
+    model.fStats.GetFieldInfo(0)->fBinning = "Quantile";
+    model.MakeEveryChart("");
+    const BpChartNode* chart = output.Only();
+    ASSERT_NE(chart, nullptr);
+    EXPECT_EQ(chart->fTitle, "Categorical Field Information");
+    EXPECT_FALSE(Has(chart, "<binStatistic/>"));
+    EXPECT_FALSE(Has(chart, "<summaryStatistic"));
+    EXPECT_TRUE(Has(chart, "categorical=\"true\""));
+    EXPECT_TRUE(Has(chart, "<relabel value=\"2\" text=\"Group B\"/>"));
+    EXPECT_TRUE(Has(chart, "<text>TotalN = 30</text>"));
+    EXPECT_TRUE(Has(chart, "<text>E60352</text>"));
+
+    model.fStats.GetFieldInfo(0)->fBinning = "Interval";
+    model.fStats.GetFieldInfo(1)->fOrdinalAsContinuous = true;
+    ChartOutput continuous;
+    model.MakeEveryChart("");
+    const auto charts = continuous.Charts();
+    ASSERT_EQ(charts.size(), 2u);
+    EXPECT_EQ(charts[0]->fTitle, "Continuous Field Information");
+    EXPECT_TRUE(Has(charts[0], "<binStatistic/>"));
+    EXPECT_TRUE(Has(charts[0], "<text>Mean = 4.500\nStd. Deviation = 1.250\nhistoN = 30</text>"));
+    EXPECT_FALSE(Has(charts[1], "<relabel"));
 }
