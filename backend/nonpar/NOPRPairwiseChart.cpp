@@ -22,6 +22,8 @@ namespace {
 
 const std::string kNodes = "nodeSource_1";
 const std::string kEdges = "edgeSource_1";
+// More samples than a network can show; such an index is not a sample.
+constexpr int kMaxSamples = 10000;
 
 int ColumnOf(const NumericTableData& table, const char* name, size_t fallback) {
     for (size_t i = 0; i < table.fColumnNames.size(); ++i) {
@@ -78,7 +80,7 @@ bool NOPRPairwiseChart::MakeChart(const std::string& suffix, bool appendSuffix) 
     data.AddVariable(kNodes, "label", nullptr);
     for (size_t k = 0; k < info.fRows[0].size(); ++k) {
         const int sample = TruncateToInt(info.fRows[0][k]);
-        if (sample < 0 || sample >= VarDataProcessor::kMaxRows) {
+        if (sample < 0 || sample >= kMaxSamples) {
             continue;
         }
         data.SetVariableValue(kNodes, "node", sample, info.fRows[1][k]);

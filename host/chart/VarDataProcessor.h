@@ -31,7 +31,7 @@ public:
     // The number of rows of a source (0 for an unknown one).
     int RowCount(std::string_view source) const;
 
-    static constexpr int kMaxRows = 1 << 22;
+    static constexpr int kMaxRows = 1 << 20;
 
 private:
     BpChartNode::Source* FindSource(std::string_view name);
