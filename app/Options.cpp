@@ -37,6 +37,9 @@ bool ParseOptions(int argc, char** argv, Options& options, int& exitCode) {
     app.add_flag("--no-charts", options.fNoCharts, "tables only");
     app.add_flag("--dump-model", options.fDumpModel,
                  "print what was read from each document as JSON (a debugging aid)");
+    app.add_flag("--missing-strings", options.fMissingStrings,
+                 "list on standard error every text key that has no entry in the string "
+                 "table (a check of the string table)");
     app.add_option("--module", options.fModule, "the procedure module to load")->type_name("FILE");
     try {
         app.parse(argc, argv);

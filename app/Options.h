@@ -10,10 +10,11 @@ struct Options {
     std::vector<std::string> fDocuments; // one result document per split, in split order
     std::string fSplitsFile;             // JSON: split variables and each split's document
     Renderer::Format fFormat = Renderer::kText;
-    std::string fOutput;     // empty: standard output
-    bool fNoCharts = false;  // tables only
-    bool fDumpModel = false; // print what was read instead of rendering
-    std::string fModule;     // empty: the module next to the program
+    std::string fOutput;          // empty: standard output
+    bool fNoCharts = false;       // tables only
+    bool fDumpModel = false;      // print what was read instead of rendering
+    bool fMissingStrings = false; // list the text keys without an entry
+    std::string fModule;          // empty: the module next to the program
 };
 
 // The exit statuses of nptests.

@@ -10,6 +10,7 @@
 #include <fstream>
 #include <iostream>
 #include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -127,6 +128,39 @@ bool ResolveSplitVariables(const SplitPlan& plan, const VEXA_DataSource& dataSou
     return true;
 }
 
+// Keys looked up without an entry, listed after the run.
+class MissingStrings final {
+public:
+    explicit MissingStrings(bool on) : fOn(on) {
+        if (fOn) {
+            FacSTDictionary::SetMissRecorder([this](std::string_view key) {
+                if (key.find_first_not_of(" ") != std::string_view::npos) {
+                    fKeys.emplace(key);
+                }
+            });
+        }
+    }
+    ~MissingStrings() {
+        if (!fOn) {
+            return;
+        }
+        FacSTDictionary::SetMissRecorder({});
+        for (const std::string& key : fKeys) {
+            std::string shown;
+            for (char c : key) {
+                shown += c == '\n' ? std::string("\\n") : std::string(1, c);
+            }
+            std::cerr << "nptests: no text for the key \"" << shown << "\"\n";
+        }
+    }
+    MissingStrings(const MissingStrings&) = delete;
+    MissingStrings& operator=(const MissingStrings&) = delete;
+
+private:
+    bool fOn;
+    std::set<std::string> fKeys;
+};
+
 int DumpModels(const std::vector<CFDump>& dumps, const std::vector<CFSplitDocument>& splits,
                const Options& options, bool ok) {
     nlohmann::ordered_json out = nlohmann::ordered_json::array();
@@ -184,6 +218,7 @@ int Run(const Options& options) {
         return kExitUsage;
     }
 
+    const MissingStrings missing(options.fMissingStrings);
     FacSTDictionary dictionary(PathFactory::getPathInstance(PathFactory::kStrings));
     if (!dictionary.SetProcedure(kProcedureTitle)) {
         std::cerr << "nptests: warning: no string table in "

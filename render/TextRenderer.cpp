@@ -254,7 +254,12 @@ private:
                 }
                 const size_t need = Width(span.fText);
                 if (need > available) {
-                    fWidth[span.fLast] += need - available;
+                    // Spread the extra width over the spanned columns.
+                    const size_t count = span.fLast - span.fFirst + 1;
+                    const size_t extra = need - available;
+                    for (size_t c = span.fFirst; c <= span.fLast; ++c) {
+                        fWidth[c] += extra / count + (c == span.fLast ? extra % count : 0);
+                    }
                 }
             }
         }
