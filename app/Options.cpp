@@ -29,6 +29,15 @@ bool ParseOptions(int argc, char** argv, Options& options, int& exitCode) {
                    "JSON: the split variables, whether each split gets a heading, and each "
                    "split's document (relative to the file) and values")
         ->type_name("FILE");
+    app.add_option("-c,--command", options.fCommand,
+                   "the NPTESTS command, or @FILE to read it from a file (default: NPTESTS.)")
+        ->type_name("TEXT|@FILE");
+    app.add_option("--dictionary", options.fDictionaryFile,
+                   "JSON: the variables of the data (default: the first document's dictionary)")
+        ->type_name("FILE");
+    app.add_flag("--check-command", options.fCheckCommand,
+                 "print what the command yields as JSON (exit status 2 when the command "
+                 "cannot be run); needs --dictionary or a document");
     app.add_option("-f,--format", format,
                    "text, json or html (default: text; html when --output ends in .html)")
         ->type_name("text|json|html");
@@ -48,7 +57,7 @@ bool ParseOptions(int argc, char** argv, Options& options, int& exitCode) {
         return false;
     }
 
-    if (options.fDocuments.empty() && options.fSplitsFile.empty()) {
+    if (options.fDocuments.empty() && options.fSplitsFile.empty() && !options.fCheckCommand) {
         exitCode = UsageError("no result document given");
         return false;
     }

@@ -9,6 +9,9 @@
 struct Options {
     std::vector<std::string> fDocuments; // one result document per split, in split order
     std::string fSplitsFile;             // JSON: split variables and each split's document
+    std::string fCommand = "NPTESTS.";   // the command, or "@FILE"
+    std::string fDictionaryFile;         // JSON variables; empty: the first document's
+    bool fCheckCommand = false;          // print what the command yields instead
     Renderer::Format fFormat = Renderer::kText;
     std::string fOutput;          // empty: standard output
     bool fNoCharts = false;       // tables only

@@ -16,6 +16,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "app/CommandCheck.h"
 #include "app/DataSourceBuilder.h"
 #include "app/DumpJson.h"
 #include "app/ModuleLoader.h"
@@ -26,6 +27,10 @@
 #include "host/cf/CFErrorChannel.h"
 #include "host/cf/CFProcCustom.h"
 #include "host/fac/FacSTDictionary.h"
+#include "host/parser/CommandParser.h"
+#include "host/parser/CommandSpec.h"
+#include "host/parser/NPTestsGrammar.h"
+#include "host/parser/ParserMessage.h"
 #include "host/vexa/VEXA_DataSource.h"
 #include "render/Renderer.h"
 
@@ -175,6 +180,83 @@ int DumpModels(const std::vector<CFDump>& dumps, const std::vector<CFSplitDocume
     }
     return ok ? kExitOk : kExitRejected;
 }
+
+// The data source: from the dictionary file when one is given, else from the
+// first readable document. Null after a usage message; a first document that
+// is not a result document gives an empty data source and no readable split.
+std::unique_ptr<VEXA_DataSource> BuildDataSource(const Options& options,
+                                                 const std::vector<CFSplitDocument>& splits,
+                                                 size_t& readable) {
+    std::string text, error;
+    if (!options.fDictionaryFile.empty()) {
+        if (!ReadFile(options.fDictionaryFile, text, error)) {
+            std::cerr << "nptests: cannot read " << options.fDictionaryFile << ": " << error
+                      << "\n";
+            return nullptr;
+        }
+        std::unique_ptr<VEXA_DataSource> source = DataSourceFromDictionary(text, error);
+        if (!source) {
+            std::cerr << "nptests: " << options.fDictionaryFile << " is not a dictionary: " << error
+                      << "\n";
+        }
+        return source;
+    }
+    if (splits.empty()) {
+        std::cerr << "nptests: --check-command needs the variables of the data: give "
+                     "--dictionary FILE or a result document\n";
+        return nullptr;
+    }
+    std::unique_ptr<VEXA_DataSource> source;
+    if (readable > 0) {
+        source = DataSourceFromDocument(splits.front().fResultDocument, error);
+        if (!source) {
+            CFErrorChannel::Error(splits.front().fSource + " is not a result document: " + error);
+            readable = 0;
+        }
+    }
+    return source ? std::move(source) : std::make_unique<VEXA_DataSource>();
+}
+
+// The parsed command; null after a usage message.
+std::unique_ptr<CommandSpec> ParseCommand(const Options& options, const VEXA_DataSource& dataSource,
+                                          const CommandDescriptor& grammar) {
+    std::string text = options.fCommand;
+    std::string error;
+    if (!text.empty() && text.front() == '@' &&
+        !ReadFile(options.fCommand.substr(1), text, error)) {
+        std::cerr << "nptests: cannot read " << options.fCommand.substr(1) << ": " << error << "\n";
+        return nullptr;
+    }
+    ParserMessage syntax;
+    std::unique_ptr<CommandSpec> command = CommandParser(grammar, &dataSource).Parse(text, syntax);
+    if (!command) {
+        std::cerr << syntax.GetErrorText() << "\n";
+    }
+    return command;
+}
+
+// Runs the readable splits; false when the module rejected one (reported).
+bool ProduceSplits(CFProcCustom& procedure, std::vector<CFSplitDocument>& splits, size_t readable) {
+    if (readable == 0) {
+        return false;
+    }
+    std::vector<CFSplitDocument> run(
+        std::make_move_iterator(splits.begin()),
+        std::make_move_iterator(splits.begin() + static_cast<std::ptrdiff_t>(readable)));
+    std::vector<std::string> models;
+    const bool ok = procedure.ProduceOutput(models, run);
+    if (!ok) {
+        std::string rejected = run.front().fSource;
+        for (const CFSplitDocument& split : run) {
+            if (split.WasRead()) {
+                rejected = split.fSource;
+            }
+        }
+        CFErrorChannel::Error(rejected + ": not a readable nonparametric-tests result document");
+    }
+    std::move(run.begin(), run.end(), splits.begin());
+    return ok && readable == splits.size();
+}
 } // namespace
 
 int Run(const Options& options) {
@@ -188,19 +270,20 @@ int Run(const Options& options) {
 
     std::vector<CFSplitDocument> splits;
     size_t readable = ReadDocuments(plan, splits);
-    std::unique_ptr<VEXA_DataSource> dataSource;
-    if (readable > 0) {
-        std::string error;
-        dataSource = DataSourceFromDocument(splits.front().fResultDocument, error);
-        if (!dataSource) {
-            CFErrorChannel::Error(splits.front().fSource + " is not a result document: " + error);
-            readable = 0;
-        } else if (!ResolveSplitVariables(plan, *dataSource, splits)) {
-            return kExitUsage;
-        }
-    }
+    std::unique_ptr<VEXA_DataSource> dataSource = BuildDataSource(options, splits, readable);
     if (!dataSource) {
-        dataSource = std::make_unique<VEXA_DataSource>();
+        return kExitUsage;
+    }
+    if (readable > 0 && !ResolveSplitVariables(plan, *dataSource, splits)) {
+        return kExitUsage;
+    }
+    if (options.fCheckCommand && !splits.empty() && readable == 0) {
+        return kExitRejected;
+    }
+    CommandDescriptor grammar = NPTestsCommandDescriptor();
+    const std::unique_ptr<CommandSpec> command = ParseCommand(options, *dataSource, grammar);
+    if (!command) {
+        return kExitUsage;
     }
 
     if (options.fNoCharts) {
@@ -217,6 +300,20 @@ int Run(const Options& options) {
         std::cerr << "nptests: " << loader.Error() << "\n";
         return kExitUsage;
     }
+    procedure->fDataSource = dataSource.get();
+
+    const size_t earlier = CFErrorChannel::Messages().size();
+    const bool commandOk = procedure->ReadCommand(command.get(), &grammar);
+    if (options.fCheckCommand) {
+        std::vector<CFMessage> messages = CFErrorChannel::Messages();
+        messages.erase(messages.begin(), messages.begin() + static_cast<std::ptrdiff_t>(earlier));
+        std::cout << CommandCheckJson(commandOk, *procedure, *dataSource, messages).dump(2) << "\n";
+        return commandOk ? kExitOk : kExitUsage;
+    }
+    if (!commandOk) {
+        std::cerr << "nptests: the " << grammar.getCommandName() << " command cannot be run\n";
+        return kExitUsage;
+    }
 
     const MissingStrings missing(options.fMissingStrings);
     FacSTDictionary dictionary(PathFactory::getPathInstance(PathFactory::kStrings));
@@ -227,31 +324,11 @@ int Run(const Options& options) {
     }
     BpProcedure output(kProcedureTitle, &dictionary, dataSource.get());
     procedure->fProcedure = &output;
-    procedure->fDataSource = dataSource.get();
     std::vector<CFDump> dumps;
     if (options.fDumpModel) {
         procedure->fModelDumps = &dumps;
     }
-
-    bool ok = readable == splits.size();
-    if (readable > 0) {
-        std::vector<CFSplitDocument> run(
-            std::make_move_iterator(splits.begin()),
-            std::make_move_iterator(splits.begin() + static_cast<long>(readable)));
-        std::vector<std::string> models;
-        if (!procedure->ProduceOutput(models, run)) {
-            ok = false;
-            std::string rejected = run.front().fSource;
-            for (const CFSplitDocument& split : run) {
-                if (split.WasRead()) {
-                    rejected = split.fSource;
-                }
-            }
-            CFErrorChannel::Error(rejected +
-                                  ": not a readable nonparametric-tests result document");
-        }
-        splits = std::move(run);
-    }
+    const bool ok = ProduceSplits(*procedure, splits, readable);
     procedure.reset();
 
     if (options.fDumpModel) {
