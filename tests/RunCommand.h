@@ -75,3 +75,14 @@ inline std::vector<std::string> ExampleDocuments(const std::string& folder) {
     std::sort(names.begin(), names.end());
     return names;
 }
+
+// The arguments that render an example document: with the command of the
+// same name ("NAME.command") when there is one.
+inline std::vector<std::string> ExampleArguments(const std::string& folder,
+                                                 const std::string& document) {
+    const std::string command = std::filesystem::path(document).stem().string() + ".command";
+    if (std::filesystem::exists(std::filesystem::path(folder) / command)) {
+        return {"-c", "@" + command, document};
+    }
+    return {document};
+}

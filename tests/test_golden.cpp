@@ -41,7 +41,7 @@ std::string Stem(const std::string& file) {
 std::vector<GoldenCase> ExampleCases() {
     std::vector<GoldenCase> cases;
     for (const std::string& document : ExampleDocuments(NPTESTS_EXAMPLES_DIR)) {
-        cases.push_back({Stem(document), {document}});
+        cases.push_back({Stem(document), ExampleArguments(NPTESTS_EXAMPLES_DIR, document)});
     }
     if (fs::exists(fs::path(NPTESTS_EXAMPLES_DIR) / "splits.json")) {
         cases.push_back({"splits", {"--splits", "splits.json"}});

@@ -2,9 +2,12 @@
 // table: every key the module passes has a text, with its places intact.
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <regex>
 #include <set>
+#include <sstream>
 
 #include "RunCommand.h"
 #include "host/fac/FacMessageTranslator.h"
@@ -283,21 +286,70 @@ TEST(StringTable, HasEveryFixedKeyWithItsPlaces) {
     EXPECT_EQ(dictionary.LookUp("299999"), "Engine message 299999.");
 }
 
+// The texts of the real table as patterns, each "^N" standing for any part.
+std::vector<std::regex> TextPatterns() {
+    std::vector<std::regex> patterns;
+    std::ifstream in(NPTESTS_SOURCE_DIR "/resources/strings/nonparametric_tests.txt");
+    std::string line;
+    while (std::getline(in, line)) {
+        const size_t tab = line.find('\t');
+        if (line.empty() || line[0] == '#' || tab == std::string::npos) {
+            continue;
+        }
+        std::string pattern;
+        size_t literal = 0;
+        const std::string text = line.substr(tab + 1);
+        for (size_t i = 0; i < text.size(); ++i) {
+            if (text[i] == '^' && i + 1 < text.size() &&
+                std::isdigit(static_cast<unsigned char>(text[i + 1]))) {
+                pattern += ".*";
+                ++i;
+                continue;
+            }
+            ++literal;
+            if (std::strchr("\\^$.|?*+()[]{}", text[i])) {
+                pattern += '\\';
+                pattern += text[i];
+            } else {
+                pattern += text[i];
+            }
+        }
+        if (literal >= 12) { // "^1-^2" would match any key with a hyphen
+            patterns.emplace_back(pattern);
+        }
+    }
+    return patterns;
+}
+
 // Every example document, rendered through the real module: no key the
-// module passes is without a text.
+// module passes is without a text. A key that already reads as a text of the
+// table (a translated message handed on as a key) is no missing text.
 TEST(StringTable, CoversEveryKeyTheExamplesPass) {
     std::vector<std::vector<std::string>> runs;
     for (const std::string& document : ExampleDocuments(NPTESTS_EXAMPLES_DIR)) {
-        runs.push_back({document});
+        runs.push_back(ExampleArguments(NPTESTS_EXAMPLES_DIR, document));
     }
     if (std::filesystem::exists(std::filesystem::path(NPTESTS_EXAMPLES_DIR) / "splits.json")) {
         runs.push_back({"--splits", "splits.json"});
     }
+    const std::vector<std::regex> texts = TextPatterns();
+    ASSERT_FALSE(texts.empty());
+    const std::string prefix = "nptests: no text for the key \"";
     for (std::vector<std::string> arguments : runs) {
         arguments.insert(arguments.begin(), {"--missing-strings", "-f", "json"});
         const CommandResult result = RunNptests(NPTESTS_EXAMPLES_DIR, arguments);
-        EXPECT_EQ(result.fErr.find("no text for the key"), std::string::npos)
-            << arguments.back() << ":\n"
-            << result.fErr;
+        EXPECT_NE(result.fOut.find("\"procedure\""), std::string::npos) << arguments.back();
+        std::istringstream lines(result.fErr);
+        std::string line;
+        while (std::getline(lines, line)) {
+            if (line.rfind(prefix, 0) != 0) {
+                continue;
+            }
+            const std::string key = line.substr(prefix.size(), line.size() - prefix.size() - 1);
+            const bool isText =
+                std::any_of(texts.begin(), texts.end(),
+                            [&](const std::regex& text) { return std::regex_match(key, text); });
+            EXPECT_TRUE(isText) << arguments.back() << ": no text for the key \"" << key << "\"";
+        }
     }
 }
