@@ -120,39 +120,101 @@ Json Chart(const BpChartNode& chart) {
     return out;
 }
 
-// Builds the nested item lists: one open list per heading being walked.
-class JsonBuilder final : public OutputVisitor {
+// Appends `json` as nlohmann's two-space pretty print places it `indent`
+// spaces deep. Strings hold no raw line breaks, so indenting after each one
+// indents exactly the lines of the value.
+void AppendIndented(std::string& out, const Json& json, size_t indent) {
+    const std::string text = json.dump(2, ' ', false, Json::error_handler_t::replace);
+    out.reserve(out.size() + text.size());
+    for (char c : text) {
+        out.push_back(c);
+        if (c == '\n') {
+            out.append(indent, ' ');
+        }
+    }
+}
+
+// Writes the document as it walks: each table and chart is made into a JSON
+// value, written and dropped, so that the output never exists twice. The text
+// is the pretty print of the whole document, byte for byte.
+class JsonWriter final : public OutputVisitor {
 public:
-    JsonBuilder() { fOpen.push_back(Json::array()); }
+    // Opens the item list that is a member of the object at `indent`.
+    JsonWriter(std::string& out, size_t indent) : fOut(out) { Open(indent); }
 
-    void EnterHeading(const BpHeadingNode&, const std::vector<int>&) override {
-        fOpen.push_back(Json::array());
+    void EnterHeading(const BpHeadingNode& heading, const std::vector<int>&) override {
+        const size_t indent = StartItem();
+        fOut += "{\n";
+        fOut.append(indent + 2, ' ');
+        fOut += "\"kind\": \"heading\",\n";
+        fOut.append(indent + 2, ' ');
+        fOut += "\"text\": ";
+        AppendIndented(fOut, Json(heading.fText), 0);
+        fOut += ",\n";
+        fOut.append(indent + 2, ' ');
+        fOut += "\"items\": ";
+        Open(indent + 2);
     }
-    void LeaveHeading(const BpHeadingNode& heading) override {
-        Json item = Json::object();
-        item["kind"] = "heading";
-        item["text"] = heading.fText;
-        item["items"] = std::move(fOpen.back());
-        fOpen.pop_back();
-        fOpen.back().push_back(std::move(item));
+    void LeaveHeading(const BpHeadingNode&) override {
+        Close();
+        fOut += '\n';
+        fOut.append(fOpen.back().fIndent + 2, ' ');
+        fOut += '}';
     }
-    void VisitTable(const BpTableNode& table) override { fOpen.back().push_back(Table(table)); }
-    void VisitChart(const BpChartNode& chart) override { fOpen.back().push_back(Chart(chart)); }
+    void VisitTable(const BpTableNode& table) override {
+        const size_t indent = StartItem();
+        AppendIndented(fOut, Table(table), indent);
+    }
+    void VisitChart(const BpChartNode& chart) override {
+        const size_t indent = StartItem();
+        AppendIndented(fOut, Chart(chart), indent);
+    }
 
-    Json TakeItems() { return std::move(fOpen.front()); }
+    // Closes the outermost list.
+    void Finish() { Close(); }
 
 private:
-    std::vector<Json> fOpen;
+    struct List {
+        size_t fIndent; // of the object the list is a member of
+        bool fEmpty = true;
+    };
+
+    void Open(size_t indent) { fOpen.push_back({indent}); }
+
+    // Separates an item from the one before and indents it; its indent.
+    size_t StartItem() {
+        List& list = fOpen.back();
+        fOut += list.fEmpty ? "[\n" : ",\n";
+        list.fEmpty = false;
+        fOut.append(list.fIndent + 2, ' ');
+        return list.fIndent + 2;
+    }
+
+    void Close() {
+        const List list = fOpen.back();
+        fOpen.pop_back();
+        if (list.fEmpty) {
+            fOut += "[]";
+        } else {
+            fOut += '\n';
+            fOut.append(list.fIndent, ' ');
+            fOut += ']';
+        }
+    }
+
+    std::string& fOut;
+    std::vector<List> fOpen;
 };
 } // namespace
 
 std::string JsonRenderer::Render(const BpHeadingNode& root,
                                  const std::vector<CFMessage>& messages) const {
-    JsonBuilder builder;
-    WalkOutput(root, builder);
-    Json out = Json::object();
-    out["procedure"] = root.fText;
-    out["items"] = builder.TakeItems();
+    std::string text = "{\n  \"procedure\": ";
+    AppendIndented(text, Json(root.fText), 0);
+    text += ",\n  \"items\": ";
+    JsonWriter writer(text, 2);
+    WalkOutput(root, writer);
+    writer.Finish();
     Json list = Json::array();
     for (const CFMessage& message : messages) {
         Json entry = Json::object();
@@ -160,8 +222,8 @@ std::string JsonRenderer::Render(const BpHeadingNode& root,
         entry["text"] = message.fText;
         list.push_back(std::move(entry));
     }
-    out["messages"] = std::move(list);
-    std::string text = out.dump(2, ' ', false, Json::error_handler_t::replace);
-    text += '\n';
+    text += ",\n  \"messages\": ";
+    AppendIndented(text, list, 2);
+    text += "\n}\n";
     return text;
 }
