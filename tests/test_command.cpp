@@ -406,7 +406,7 @@ TEST(NptestsCommand, MalformedCommandsExitWithTwoAndQuoteTheWord) {
 
 TEST(NptestsCommand, CheckCommandPrintsWhatTheCommandYields) {
     CommandResult run = RunNptests({"--check-command", "--dictionary", kData + "dictionary.json",
-                                "--command", "@" + kData + "ks_normal_sample.cmd"});
+                                    "--command", "@" + kData + "ks_normal_sample.cmd"});
     ASSERT_EQ(run.fStatus, 0) << run.fErr;
     const auto out = nlohmann::json::parse(run.fOut);
     EXPECT_EQ(out["result"], true);
