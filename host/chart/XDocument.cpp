@@ -3,6 +3,7 @@
 
 #include <atomic>
 #include <cstdio>
+#include <map>
 #include <mutex>
 
 #include "host/bp/BpOutput.h"
@@ -48,6 +49,16 @@ std::string XDocument::fetchTemplateFile(const std::string& name) {
         return {};
     }
     const std::string path = templateFolder() + "/" + name;
+    // Every chart of a kind fetches the same template: each file is read once
+    // per process (a file that cannot be read is tried again next time).
+    static std::mutex mutex;
+    static std::map<std::string, std::string> cache;
+    {
+        std::lock_guard lock(mutex);
+        if (auto it = cache.find(path); it != cache.end()) {
+            return it->second;
+        }
+    }
     std::FILE* file = std::fopen(path.c_str(), "rb");
     if (!file) {
         return {};
@@ -59,6 +70,8 @@ std::string XDocument::fetchTemplateFile(const std::string& name) {
         text.append(buffer, read);
     }
     std::fclose(file);
+    std::lock_guard lock(mutex);
+    cache.emplace(path, text);
     return text;
 }
 
