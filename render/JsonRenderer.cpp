@@ -2,6 +2,7 @@
 #include "render/JsonRenderer.h"
 
 #include <cmath>
+#include <string_view>
 
 #include <nlohmann/json.hpp>
 
@@ -125,13 +126,13 @@ Json Chart(const BpChartNode& chart) {
 // indents exactly the lines of the value.
 void AppendIndented(std::string& out, const Json& json, size_t indent) {
     const std::string text = json.dump(2, ' ', false, Json::error_handler_t::replace);
-    out.reserve(out.size() + text.size());
-    for (char c : text) {
-        out.push_back(c);
-        if (c == '\n') {
-            out.append(indent, ' ');
-        }
+    std::string_view rest = text;
+    for (size_t end = rest.find('\n'); end != std::string_view::npos; end = rest.find('\n')) {
+        out.append(rest.substr(0, end + 1));
+        out.append(indent, ' ');
+        rest.remove_prefix(end + 1);
     }
+    out.append(rest);
 }
 
 // Writes the document as it walks: each table and chart is made into a JSON
