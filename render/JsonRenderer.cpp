@@ -2,7 +2,6 @@
 #include "render/JsonRenderer.h"
 
 #include <cmath>
-#include <string_view>
 
 #include <nlohmann/json.hpp>
 
@@ -121,19 +120,21 @@ Json Chart(const BpChartNode& chart) {
     return out;
 }
 
-// Appends `json` as nlohmann's two-space pretty print places it `indent`
-// spaces deep. Strings hold no raw line breaks, so indenting after each one
-// indents exactly the lines of the value.
-void AppendIndented(std::string& out, const Json& json, size_t indent) {
-    const std::string text = json.dump(2, ' ', false, Json::error_handler_t::replace);
-    std::string_view rest = text;
-    for (size_t end = rest.find('\n'); end != std::string_view::npos; end = rest.find('\n')) {
-        out.append(rest.substr(0, end + 1));
-        out.append(indent, ' ');
-        rest.remove_prefix(end + 1);
+// Appends values to a text as nlohmann's two-space pretty print of a whole
+// document would place them at a given depth.
+class IndentedAppender final {
+public:
+    explicit IndentedAppender(std::string& out)
+        : fSerializer(nlohmann::detail::output_adapter<char, std::string>(out), ' ',
+                      Json::error_handler_t::replace) {}
+
+    void Append(const Json& json, unsigned indent) {
+        fSerializer.dump(json, true, false, 2, indent);
     }
-    out.append(rest);
-}
+
+private:
+    nlohmann::detail::serializer<Json> fSerializer;
+};
 
 // Writes the document as it walks: each table and chart is made into a JSON
 // value, written and dropped, so that the output never exists twice. The text
@@ -141,7 +142,10 @@ void AppendIndented(std::string& out, const Json& json, size_t indent) {
 class JsonWriter final : public OutputVisitor {
 public:
     // Opens the item list that is a member of the object at `indent`.
-    JsonWriter(std::string& out, size_t indent) : fOut(out) { Open(indent); }
+    JsonWriter(std::string& out, IndentedAppender& appender, size_t indent)
+        : fOut(out), fAppender(appender) {
+        Open(indent);
+    }
 
     void EnterHeading(const BpHeadingNode& heading, const std::vector<int>&) override {
         const size_t indent = StartItem();
@@ -150,7 +154,7 @@ public:
         fOut += "\"kind\": \"heading\",\n";
         fOut.append(indent + 2, ' ');
         fOut += "\"text\": ";
-        AppendIndented(fOut, Json(heading.fText), 0);
+        fAppender.Append(Json(heading.fText), 0);
         fOut += ",\n";
         fOut.append(indent + 2, ' ');
         fOut += "\"items\": ";
@@ -164,11 +168,11 @@ public:
     }
     void VisitTable(const BpTableNode& table) override {
         const size_t indent = StartItem();
-        AppendIndented(fOut, Table(table), indent);
+        fAppender.Append(Table(table), static_cast<unsigned>(indent));
     }
     void VisitChart(const BpChartNode& chart) override {
         const size_t indent = StartItem();
-        AppendIndented(fOut, Chart(chart), indent);
+        fAppender.Append(Chart(chart), static_cast<unsigned>(indent));
     }
 
     // Closes the outermost list.
@@ -204,6 +208,7 @@ private:
     }
 
     std::string& fOut;
+    IndentedAppender& fAppender;
     std::vector<List> fOpen;
 };
 } // namespace
@@ -211,9 +216,10 @@ private:
 std::string JsonRenderer::Render(const BpHeadingNode& root,
                                  const std::vector<CFMessage>& messages) const {
     std::string text = "{\n  \"procedure\": ";
-    AppendIndented(text, Json(root.fText), 0);
+    IndentedAppender appender(text);
+    appender.Append(Json(root.fText), 0);
     text += ",\n  \"items\": ";
-    JsonWriter writer(text, 2);
+    JsonWriter writer(text, appender, 2);
     WalkOutput(root, writer);
     writer.Finish();
     Json list = Json::array();
@@ -224,7 +230,7 @@ std::string JsonRenderer::Render(const BpHeadingNode& root,
         list.push_back(std::move(entry));
     }
     text += ",\n  \"messages\": ";
-    AppendIndented(text, list, 2);
+    appender.Append(list, 2);
     text += "\n}\n";
     return text;
 }
