@@ -8,6 +8,7 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <iostream>
 #include <memory>
 #include <set>
@@ -69,23 +70,29 @@ bool ReadFile(const std::string& path, std::string& text, std::string& error) {
     return true;
 }
 
-bool WriteOutput(const std::string& path, const std::string& text) {
+// Calls `write` with standard output, or with the file at `path` opened for
+// writing; false, with a message naming the file, when that fails.
+bool WriteOutputWith(const std::string& path, const std::function<bool(std::FILE*)>& write) {
     if (path.empty()) {
-        return std::fwrite(text.data(), 1, text.size(), stdout) == text.size() &&
-               std::fflush(stdout) == 0;
+        return write(stdout) && std::fflush(stdout) == 0;
     }
-    std::ofstream out(path, std::ios::binary | std::ios::trunc);
+    std::FILE* out = std::fopen(path.c_str(), "wb");
     if (!out) {
         std::cerr << "nptests: cannot write " << path << ": " << std::strerror(errno) << "\n";
         return false;
     }
-    out.write(text.data(), static_cast<std::streamsize>(text.size()));
-    out.close();
-    if (!out) {
+    const bool written = write(out);
+    if (std::fclose(out) != 0 || !written) {
         std::cerr << "nptests: cannot write " << path << "\n";
         return false;
     }
     return true;
+}
+
+bool WriteOutput(const std::string& path, const std::string& text) {
+    return WriteOutputWith(path, [&](std::FILE* out) {
+        return std::fwrite(text.data(), 1, text.size(), out) == text.size();
+    });
 }
 
 // The splits to run, from the documents on the command line or the --splits
@@ -353,8 +360,11 @@ int Run(const Options& options) {
         std::cerr << "nptests: this output format is not available yet\n";
         return kExitUsage;
     }
-    if (!WriteOutput(options.fOutput,
-                     renderer->Render(output.Root(), CFErrorChannel::Messages()))) {
+    // Rendered straight into the output, so that a large document is not
+    // held whole.
+    if (!WriteOutputWith(options.fOutput, [&](std::FILE* out) {
+            return renderer->RenderTo(output.Root(), CFErrorChannel::Messages(), out);
+        })) {
         return kExitUsage;
     }
     return ok ? kExitOk : kExitRejected;

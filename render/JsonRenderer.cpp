@@ -137,13 +137,14 @@ private:
 };
 
 // Writes the document as it walks: each table and chart is made into a JSON
-// value, written and dropped, so that the output never exists twice. The text
-// is the pretty print of the whole document, byte for byte.
+// value, written and dropped, so that the output never exists twice; with a
+// file, the text goes there a megabyte at a time. The text is the pretty
+// print of the whole document, byte for byte.
 class JsonWriter final : public OutputVisitor {
 public:
     // Opens the item list that is a member of the object at `indent`.
-    JsonWriter(std::string& out, IndentedAppender& appender, size_t indent)
-        : fOut(out), fAppender(appender) {
+    JsonWriter(std::string& out, IndentedAppender& appender, std::FILE* file, size_t indent)
+        : fOut(out), fAppender(appender), fFile(file) {
         Open(indent);
     }
 
@@ -169,14 +170,27 @@ public:
     void VisitTable(const BpTableNode& table) override {
         const size_t indent = StartItem();
         fAppender.Append(Table(table), static_cast<unsigned>(indent));
+        Flush(false);
     }
     void VisitChart(const BpChartNode& chart) override {
         const size_t indent = StartItem();
         fAppender.Append(Chart(chart), static_cast<unsigned>(indent));
+        Flush(false);
     }
 
     // Closes the outermost list.
     void Finish() { Close(); }
+
+    // Moves the text made so far to the file, when there is one and, unless
+    // `all`, once there is enough of it; false after a write failed.
+    bool Flush(bool all) {
+        constexpr size_t kChunk = size_t{1} << 20;
+        if (fFile && (all || fOut.size() >= kChunk)) {
+            fOk = fOk && std::fwrite(fOut.data(), 1, fOut.size(), fFile) == fOut.size();
+            fOut.clear();
+        }
+        return fOk;
+    }
 
 private:
     struct List {
@@ -209,17 +223,21 @@ private:
 
     std::string& fOut;
     IndentedAppender& fAppender;
+    std::FILE* fFile;
+    bool fOk = true;
     std::vector<List> fOpen;
 };
 } // namespace
 
-std::string JsonRenderer::Render(const BpHeadingNode& root,
-                                 const std::vector<CFMessage>& messages) const {
-    std::string text = "{\n  \"procedure\": ";
+namespace {
+// The document into `text`, or with a file, through `text` into the file.
+bool WriteJson(const BpHeadingNode& root, const std::vector<CFMessage>& messages, std::string& text,
+               std::FILE* file) {
+    text = "{\n  \"procedure\": ";
     IndentedAppender appender(text);
     appender.Append(Json(root.fText), 0);
     text += ",\n  \"items\": ";
-    JsonWriter writer(text, appender, 2);
+    JsonWriter writer(text, appender, file, 2);
     WalkOutput(root, writer);
     writer.Finish();
     Json list = Json::array();
@@ -232,5 +250,19 @@ std::string JsonRenderer::Render(const BpHeadingNode& root,
     text += ",\n  \"messages\": ";
     appender.Append(list, 2);
     text += "\n}\n";
+    return writer.Flush(true);
+}
+} // namespace
+
+std::string JsonRenderer::Render(const BpHeadingNode& root,
+                                 const std::vector<CFMessage>& messages) const {
+    std::string text;
+    WriteJson(root, messages, text, nullptr);
     return text;
+}
+
+bool JsonRenderer::RenderTo(const BpHeadingNode& root, const std::vector<CFMessage>& messages,
+                            std::FILE* out) const {
+    std::string text;
+    return WriteJson(root, messages, text, out);
 }

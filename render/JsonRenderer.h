@@ -8,4 +8,6 @@ class JsonRenderer final : public Renderer {
 public:
     std::string Render(const BpHeadingNode& root,
                        const std::vector<CFMessage>& messages) const override;
+    bool RenderTo(const BpHeadingNode& root, const std::vector<CFMessage>& messages,
+                  std::FILE* out) const override;
 };

@@ -6,6 +6,12 @@
 
 Renderer::~Renderer() = default;
 
+bool Renderer::RenderTo(const BpHeadingNode& root, const std::vector<CFMessage>& messages,
+                        std::FILE* out) const {
+    const std::string text = Render(root, messages);
+    return std::fwrite(text.data(), 1, text.size(), out) == text.size();
+}
+
 std::unique_ptr<Renderer> Renderer::Make(Format format) {
     switch (format) {
     case kText:

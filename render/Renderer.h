@@ -3,6 +3,7 @@
 // format. Text and JSON sit here; an HTML renderer takes the same place.
 #pragma once
 
+#include <cstdio>
 #include <memory>
 #include <optional>
 #include <string>
@@ -22,6 +23,11 @@ public:
     // while it was made.
     virtual std::string Render(const BpHeadingNode& root,
                                const std::vector<CFMessage>& messages) const = 0;
+    // The same document written to `out`; false when a write fails. A
+    // renderer that can write as it goes does, so that a large document is
+    // never held whole; the default writes the text of Render.
+    virtual bool RenderTo(const BpHeadingNode& root, const std::vector<CFMessage>& messages,
+                          std::FILE* out) const;
 
     // A renderer of the format, or null when there is none for it yet.
     static std::unique_ptr<Renderer> Make(Format format);
