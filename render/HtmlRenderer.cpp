@@ -49,14 +49,24 @@ void AppendId(std::string& out, size_t id) {
     AppendInt(out, id);
 }
 
-// Script text placed inside <script>: a closing tag inside the text would end
-// the element early.
+// Script text placed inside <script>: "</script" in it (in any case) would
+// end the element early, so it is written "<\/script", which means the same
+// inside a string. Other "</" are left alone: in a regular expression literal
+// the escape would change its meaning.
 void AppendScriptText(std::string& out, std::string_view text) {
+    static constexpr std::string_view kEnd = "</script";
     size_t from = 0;
     for (size_t at = text.find("</"); at != std::string_view::npos; at = text.find("</", at + 2)) {
-        out.append(text.substr(from, at - from));
-        out += "<\\/";
-        from = at + 2;
+        const std::string_view tag = text.substr(at, kEnd.size());
+        bool end = tag.size() == kEnd.size();
+        for (size_t i = 2; end && i < kEnd.size(); ++i) {
+            end = (tag[i] | 0x20) == kEnd[i];
+        }
+        if (end) {
+            out.append(text.substr(from, at - from));
+            out += "<\\/";
+            from = at + 2;
+        }
     }
     out.append(text.substr(from));
 }

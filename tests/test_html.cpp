@@ -21,7 +21,7 @@ public:
         fs::create_directories(fPath);
         Write("report.css", "body{}\n");
         Write("vega.min.js", "var vega={};\n//# sourceMappingURL=vega.min.js.map\n");
-        Write("vega-lite.min.js", "var s=\"</script>\";\n");
+        Write("vega-lite.min.js", "var s=\"</SCRIPT>\",r=/</g;\n");
         Write("vega-embed.min.js", "var vegaEmbed=1;\n");
         Write("charts.js", "var charts=1;\n");
     }
@@ -188,7 +188,7 @@ TEST(HtmlRenderer, ChartCarriesItsDataAndScriptsAreInlinedSafely) {
 
     // Libraries in order, their source-map comments dropped, "</" escaped.
     const size_t vega = html.find("<script>var vega={};");
-    const size_t lite = html.find("<script>var s=\"<\\/script>\";");
+    const size_t lite = html.find("<script>var s=\"<\\/SCRIPT>\",r=/</g;");
     const size_t embed = html.find("<script>var vegaEmbed=1;");
     const size_t charts = html.find("<script>var charts=1;");
     EXPECT_LT(vega, lite);
