@@ -1,13 +1,1147 @@
 // Draws the charts of the HTML report. Each chart item of the report is a
-// <figure class="chart"> holding its chart as JSON (template, title, subtitle,
-// description, data sources, final chart document); this file turns that
-// into a vega-lite spec (the mapping below) and draws it with vega-embed when
-// the figure comes near the screen, so that a long report shows its first
-// screen at once. The mapping is documented in README.md beside this file.
+// <figure class="chart"> holding its chart as JSON: template, title,
+// subtitle, description, data sources ({source: {variable: [values]}}) and
+// the final chart document (our template dialect, see
+// resources/templates/README.md). This file is the one place that maps that
+// dialect onto vega-lite; README.md beside it lists the mapping element by
+// element. A chart is drawn with vega-embed when its figure comes near the
+// screen, so that a long report shows its first screen at once.
 (function (global) {
   'use strict';
 
+  const SCHEMA = 'https://vega.github.io/schema/vega-lite/v6.json';
+  const PALETTE = ['#1f77b4', '#ff7f0e', '#2ca02c', '#d62728', '#9467bd', '#8c564b', '#e377c2',
+    '#7f7f7f', '#bcbd22', '#17becf'];
+  const BASE_HEIGHT = 300;
+  const MAX_WIDTH = 900;
+
   // ---- Reading the chart document ---------------------------------------
+
+  function children(node, name) {
+    const out = [];
+    if (!node) {
+      return out;
+    }
+    for (let child = node.firstElementChild; child; child = child.nextElementSibling) {
+      if (!name || child.tagName === name) {
+        out.push(child);
+      }
+    }
+    return out;
+  }
+
+  function child(node, name) {
+    return children(node, name)[0] || null;
+  }
+
+  // The text of an element: its <text> children joined, else its own text.
+  function textOf(node) {
+    if (!node) {
+      return '';
+    }
+    const texts = children(node, 'text');
+    if (texts.length > 0) {
+      return texts.map(function (t) { return t.textContent; }).join('');
+    }
+    return node.textContent.trim();
+  }
+
+  function attr(node, name, fallback) {
+    return node && node.hasAttribute(name) ? node.getAttribute(name) : fallback;
+  }
+
+  function number(text, fallback) {
+    const value = parseFloat(text);
+    return Number.isFinite(value) ? value : fallback;
+  }
+
+  function percent(text) {
+    return number(String(text || '').replace('%', ''), NaN);
+  }
+
+  function readFormat(node) {
+    if (!node) {
+      return null;
+    }
+    return {
+      type: attr(node, 'type', 'general'),
+      decimals: node.hasAttribute('decimals') ? number(node.getAttribute('decimals'), null) : null,
+      grouping: attr(node, 'grouping', 'false') === 'true',
+      prefix: attr(node, 'prefix', ''),
+      suffix: attr(node, 'suffix', ''),
+      pattern: attr(node, 'pattern', ''),
+      unit: attr(node, 'unit', 'seconds'),
+    };
+  }
+
+  function readRelabels(node) {
+    const relabels = new Map();
+    for (const relabel of children(node, 'relabel')) {
+      relabels.set(number(relabel.getAttribute('value'), relabel.getAttribute('value')),
+          attr(relabel, 'text', ''));
+    }
+    return relabels;
+  }
+
+  // Everything the mapping needs from the document, by element.
+  function readDocument(root) {
+    const model = {
+      title: textOf(child(root, 'title')),
+      subtitle: textOf(child(root, 'subtitle')),
+      footnote: textOf(child(root, 'footnote')),
+      variables: new Map(),
+      styles: new Map(),
+      legends: new Map(),
+      popups: [],
+      frames: [],
+      graphs: children(root, 'graph'),
+    };
+    for (const data of children(root, 'data')) {
+      for (const v of children(data, 'variable')) {
+        model.variables.set(v.getAttribute('id'), {
+          id: v.getAttribute('id'),
+          source: data.getAttribute('source'),
+          column: attr(v, 'column', v.getAttribute('id')),
+          type: attr(v, 'type', 'number'),
+          categorical: attr(v, 'categorical', 'false') === 'true',
+          label: attr(v, 'label', ''),
+          relabels: readRelabels(v),
+          format: readFormat(child(v, 'format')),
+        });
+      }
+    }
+    for (const v of children(root, 'derivedVariable')) {
+      model.variables.set(v.getAttribute('id'), {
+        id: v.getAttribute('id'),
+        derivedFrom: attr(v, 'variable', ''),
+        rule: attr(v, 'rule', 'match'),
+        value: attr(v, 'value', ''),
+        type: 'number',
+        categorical: attr(v, 'categorical', 'true') === 'true',
+        label: attr(v, 'label', ''),
+        relabels: readRelabels(v),
+        format: null,
+      });
+    }
+    for (const s of children(root, 'style')) {
+      model.styles.set(s.getAttribute('id'), {
+        color: attr(s, 'color', null),
+        fill: attr(s, 'fill', null),
+        width: number(attr(s, 'width', ''), null),
+        dash: s.hasAttribute('dash') ? s.getAttribute('dash').split(/\s+/).map(Number) : null,
+        bold: attr(s, 'fontWeight', '') === 'bold',
+        visible: attr(s, 'visible', 'true') !== 'false',
+      });
+    }
+    for (const legend of children(root, 'legend')) {
+      const variable = legend.getAttribute('variable');
+      if (variable && !model.legends.has(variable)) {
+        model.legends.set(variable, {title: textOf(child(legend, 'title'))});
+      }
+    }
+    for (const popup of children(root, 'popup')) {
+      model.popups.push({
+        target: attr(popup, 'target', ''),
+        part: attr(popup, 'part', ''),
+        template: popup.hasAttribute('tokenTemplate') ? popup.getAttribute('tokenTemplate') : null,
+        tokens: children(popup, 'tokenMapping').map(function (m) {
+          return {token: m.getAttribute('valueToken'), variable: m.getAttribute('variable')};
+        }),
+      });
+    }
+    for (const frame of children(root, 'labelFrame')) {
+      model.frames.push(children(frame, 'label').map(function (label) {
+        return {text: textOf(label), style: model.styles.get(attr(label, 'style', '')) || null};
+      }).filter(function (label) { return label.text !== ''; }));
+    }
+    return model;
+  }
+
+  // ---- Values, formats and rows -----------------------------------------
+
+  const MONTHS = ['JAN', 'FEB', 'MAR', 'APR', 'MAY', 'JUN', 'JUL', 'AUG', 'SEP', 'OCT', 'NOV',
+    'DEC'];
+
+  function pad(n, width) {
+    let text = String(n);
+    while (text.length < width) {
+      text = '0' + text;
+    }
+    return text;
+  }
+
+  // A date value (days or seconds since 1970-01-01) in a pattern of the
+  // dialect ("dd-MMM-yyyy", "MM/dd/yyyy", "hh:mm:ss", ...).
+  function formatDate(value, format) {
+    const ms = value * (format.unit === 'days' ? 86400000 : 1000);
+    const d = new Date(ms);
+    if (!Number.isFinite(d.getTime())) {
+      return String(value);
+    }
+    const pattern = format.pattern || (format.type === 'time' ? 'hh:mm:ss' : 'dd-MMM-yyyy');
+    return pattern.replace(/yyyy|MMM|MM|dd|hh|mm|ss/g, function (token) {
+      switch (token) {
+        case 'yyyy': return String(d.getUTCFullYear());
+        case 'MMM': return MONTHS[d.getUTCMonth()];
+        case 'MM': return pad(d.getUTCMonth() + 1, 2);
+        case 'dd': return pad(d.getUTCDate(), 2);
+        case 'hh': return pad(d.getUTCHours(), 2);
+        case 'mm': return pad(d.getUTCMinutes(), 2);
+        default: return pad(d.getUTCSeconds(), 2);
+      }
+    });
+  }
+
+  function formatNumber(value, format) {
+    if (value === null || value === undefined || value === '') {
+      return '.';
+    }
+    if (typeof value !== 'number') {
+      return String(value);
+    }
+    if (!format) {
+      return String(Math.round(value * 1e6) / 1e6);
+    }
+    let text;
+    if (format.type === 'date' || format.type === 'time' || format.type === 'datetime') {
+      text = formatDate(value, format);
+    } else if (format.type === 'string') {
+      text = String(value);
+    } else if (format.type === 'scientific') {
+      text = value.toExponential(format.decimals === null ? 3 : format.decimals);
+    } else if (format.decimals !== null) {
+      text = value.toLocaleString('en-US', {
+        minimumFractionDigits: format.decimals, maximumFractionDigits: format.decimals,
+        useGrouping: format.grouping,
+      });
+    } else {
+      text = value.toLocaleString('en-US', {maximumFractionDigits: 6, useGrouping: format.grouping});
+    }
+    return format.prefix + text + format.suffix;
+  }
+
+  // The text shown for a value of a chart variable: its relabel, else the
+  // value in the variable's format.
+  function display(variable, value) {
+    if (variable && variable.relabels.has(value)) {
+      return variable.relabels.get(value);
+    }
+    return formatNumber(value, variable ? variable.format : null);
+  }
+
+  // The rows of the data source that holds `ids`, keyed by variable id, with
+  // derived variables computed and, for each variable, its display text
+  // under "<id>__text".
+  function rowsFor(chart, model, ids) {
+    let source = null;
+    for (const id of ids) {
+      const v = model.variables.get(id);
+      if (v && v.source) {
+        source = v.source;
+        break;
+      }
+    }
+    const data = chart.data || {};
+    if (!source) {
+      source = Object.keys(data)[0];
+    }
+    const columns = data[source] || {};
+    let count = 0;
+    for (const name of Object.keys(columns)) {
+      count = Math.max(count, columns[name].length);
+    }
+    const rows = [];
+    for (let i = 0; i < count; ++i) {
+      const row = {__row: i};
+      for (const v of model.variables.values()) {
+        if (v.source === source) {
+          const values = columns[v.column] || [];
+          row[v.id] = values[i] === undefined ? null : values[i];
+        }
+      }
+      for (const name of Object.keys(columns)) {
+        if (!(name in row)) {
+          row[name] = columns[name][i] === undefined ? null : columns[name][i];
+        }
+      }
+      for (const v of model.variables.values()) {
+        if (v.derivedFrom) {
+          row[v.id] = derive(v, row[v.derivedFrom]);
+        }
+      }
+      for (const v of model.variables.values()) {
+        if (v.id in row) {
+          row[v.id + '__text'] = display(v, row[v.id]);
+        }
+      }
+      rows.push(row);
+    }
+    return rows;
+  }
+
+  function derive(variable, value) {
+    if (value === null || value === undefined) {
+      return null;
+    }
+    if (variable.rule === 'sign') {
+      return value > 0 ? 1 : (value < 0 ? 2 : 0);
+    }
+    return String(value) === variable.value || number(variable.value, NaN) === value ? 0 : 1;
+  }
+
+  // The popup of an element as a text field of each row: the template with
+  // each "$[token]$" replaced by the display text of its variable (without
+  // a template, one "label: value" line per mapped variable).
+  function applyPopup(popup, model, rows, field) {
+    if (!popup) {
+      return false;
+    }
+    for (const row of rows) {
+      let text;
+      if (popup.template !== null) {
+        text = popup.template.replace(/\$\[([^\]]*)\]\$/g, function (all, token) {
+          const mapping = popup.tokens.find(function (m) { return m.token === token; });
+          const id = mapping ? mapping.variable : token;
+          return id in row ? textFor(model, id, row) : '';
+        });
+      } else {
+        text = popup.tokens.map(function (m) {
+          const v = model.variables.get(m.variable);
+          return (v && v.label ? v.label : m.variable) + ': ' + textFor(model, m.variable, row);
+        }).join('\n');
+      }
+      row[field] = text;
+    }
+    return true;
+  }
+
+  function textFor(model, id, row) {
+    const value = row[id];
+    if (typeof value === 'string') {
+      return value;
+    }
+    return display(model.variables.get(id), value);
+  }
+
+  function popupFor(model, target, part) {
+    return model.popups.find(function (p) {
+      return p.target === target && (!part || !p.part || p.part === part);
+    }) || null;
+  }
+
+  // ---- Encodings ----------------------------------------------------------
+
+  function variableOf(element, aesthetic) {
+    const node = child(element, aesthetic);
+    return node ? node.getAttribute('variable') : null;
+  }
+
+  function isCategorical(model, id) {
+    const v = model.variables.get(id);
+    return !!v && (v.categorical || v.type === 'string');
+  }
+
+  // The order of a categorical variable's values: numeric where they are.
+  function sortedValues(rows, id) {
+    const values = [];
+    const seen = new Set();
+    for (const row of rows) {
+      const value = row[id];
+      if (value !== null && !seen.has(value)) {
+        seen.add(value);
+        values.push(value);
+      }
+    }
+    if (values.every(function (v) { return typeof v === 'number'; })) {
+      values.sort(function (a, b) { return a - b; });
+    }
+    return values;
+  }
+
+  // A positional channel for a variable: categorical ones by their display
+  // texts in value order, others as numbers.
+  function positional(model, rows, id, title) {
+    const v = model.variables.get(id);
+    if (isCategorical(model, id)) {
+      const order = sortedValues(rows, id).map(function (value) { return display(v, value); });
+      return {field: id + '__text', type: 'nominal', sort: order, title: title,
+        axis: {labelAngle: 0, labelLimit: {expr: 'max(40, bandwidth("x"))'}}};
+    }
+    const channel = {field: id, type: 'quantitative', title: title};
+    if (v && v.format && v.format.type !== 'general') {
+      channel.axis = {labelExpr: axisLabelExpr(v.format)};
+    }
+    return channel;
+  }
+
+  // Axis labels in a variable's format, as a vega expression.
+  function axisLabelExpr(format) {
+    if (format.type === 'date' || format.type === 'time' || format.type === 'datetime') {
+      const scale = format.unit === 'days' ? 86400000 : 1000;
+      const pattern = (format.pattern || 'dd-MMM-yyyy').replace('yyyy', '%Y').replace('MMM', '%b')
+          .replace('MM', '%m').replace('dd', '%d').replace('hh', '%H').replace('mm', '%M')
+          .replace('ss', '%S');
+      return 'utcFormat(datum.value * ' + scale + ', ' + JSON.stringify(pattern) + ')';
+    }
+    const spec = (format.grouping ? ',' : '') +
+        (format.decimals !== null ? '.' + format.decimals + 'f' : '~g');
+    return JSON.stringify(format.prefix) + ' + format(datum.value, ' + JSON.stringify(spec) +
+        ') + ' + JSON.stringify(format.suffix);
+  }
+
+  function axisTitles(model, graph) {
+    const titles = {};
+    for (const axis of children(graph, 'axis')) {
+      const dim = attr(axis, 'dim', '');
+      const variable = attr(axis, 'variable', '');
+      const title = textOf(child(axis, 'title'));
+      const range = child(axis, 'range');
+      const entry = {
+        title: title || (model.variables.get(variable) || {}).label || '',
+        min: range ? number(range.getAttribute('min'), null) : null,
+        max: range ? number(range.getAttribute('max'), null) : null,
+        panel: attr(axis, 'panel', ''),
+      };
+      if (dim) {
+        titles[dim] = entry;
+      }
+      if (variable) {
+        titles[variable + (entry.panel ? ':' + entry.panel : '')] = entry;
+        if (!(variable in titles)) {
+          titles[variable] = entry;
+        }
+      }
+    }
+    return titles;
+  }
+
+  function axisFor(titles, dim, id) {
+    return titles[id] || titles[dim] || {title: '', min: null, max: null};
+  }
+
+  function withDomain(channel, axis) {
+    if (axis.min !== null || axis.max !== null) {
+      channel.scale = Object.assign({}, channel.scale,
+          {domain: [axis.min === null ? 0 : axis.min, axis.max === null ? 1 : axis.max]});
+    }
+    return channel;
+  }
+
+  // Fill patterns, for series that are not to be told apart by colour alone.
+  // They are defined once in the page and referred to as "url(#...)".
+  const PATTERNS = [
+    '<path d="M0,8 L8,0" stroke="#333" stroke-width="1.4"/>',
+    '<circle cx="4" cy="4" r="1.6" fill="#333"/>',
+    '<path d="M0,0 L8,8" stroke="#333" stroke-width="1.4"/>',
+    '<path d="M4,0 V8 M0,4 H8" stroke="#333" stroke-width="1.2"/>',
+  ];
+
+  function ensurePatterns() {
+    if (document.getElementById('np-patterns')) {
+      return;
+    }
+    const svg = document.createElementNS('http://www.w3.org/2000/svg', 'svg');
+    svg.setAttribute('id', 'np-patterns');
+    svg.setAttribute('width', '0');
+    svg.setAttribute('height', '0');
+    svg.setAttribute('aria-hidden', 'true');
+    svg.style.position = 'absolute';
+    svg.innerHTML = '<defs>' + PATTERNS.map(function (shape, i) {
+      return '<pattern id="np-pattern-' + i + '" width="8" height="8" ' +
+          'patternUnits="userSpaceOnUse"><rect width="8" height="8" fill="#fff"/>' + shape +
+          '</pattern>';
+    }).join('') + '</defs>';
+    document.body.appendChild(svg);
+  }
+
+  // The colour (or pattern) channel of an element.
+  function colorChannel(model, element, rows) {
+    const colorNode = child(element, 'color');
+    const patternNode = child(element, 'pattern');
+    const node = colorNode || patternNode;
+    if (!node || !node.getAttribute('variable')) {
+      return null;
+    }
+    const id = node.getAttribute('variable');
+    const v = model.variables.get(id);
+    const values = sortedValues(rows, id);
+    const domain = values.map(function (value) { return display(v, value); });
+    let range;
+    if (patternNode && !colorNode) {
+      ensurePatterns();
+      range = domain.map(function (d, i) { return 'url(#np-pattern-' + (i % PATTERNS.length) + ')'; });
+    } else {
+      const palette = node.hasAttribute('palette') ? node.getAttribute('palette').split(/\s+/) : PALETTE;
+      range = domain.map(function (d, i) { return palette[i % palette.length]; });
+    }
+    const legend = model.legends.get(id);
+    return {
+      field: id + '__text',
+      type: 'nominal',
+      sort: domain,
+      scale: {domain: domain, range: range},
+      legend: legend ? {title: legend.title || null, labelLimit: 220, orient: 'right'} : null,
+    };
+  }
+
+  function markStyle(model, element) {
+    const style = model.styles.get(attr(element, 'style', '')) || {};
+    const mark = {};
+    if (style.fill) {
+      mark.fill = style.fill;
+    }
+    if (style.color) {
+      mark.stroke = style.color;
+      if (!style.fill) {
+        mark.color = style.color;
+      }
+    }
+    if (style.width) {
+      mark.strokeWidth = style.width;
+    }
+    if (style.dash) {
+      mark.strokeDash = style.dash;
+    }
+    return mark;
+  }
+
+  // ---- Histograms and distributions --------------------------------------
+
+  // Bars of given values and counts: each bar spans half the distance to
+  // its neighbours (the bins the module computed), so no binning is redone.
+  function addBinEdges(rows, x) {
+    const values = sortedValues(rows, x).filter(function (v) { return typeof v === 'number'; });
+    let width = Infinity;
+    for (let i = 1; i < values.length; ++i) {
+      width = Math.min(width, values[i] - values[i - 1]);
+    }
+    if (!Number.isFinite(width) || width <= 0) {
+      width = 1;
+    }
+    for (const row of rows) {
+      if (typeof row[x] === 'number') {
+        row[x + '__start'] = row[x] - width / 2;
+        row[x + '__end'] = row[x] + width / 2;
+      }
+    }
+    return width;
+  }
+
+  function gamma(n) {
+    let result = 1;
+    for (let i = 2; i <= n; ++i) {
+      result *= i;
+    }
+    return result;
+  }
+
+  // The density (or probability, for Poisson) of a named distribution.
+  function density(kind, p1, p2) {
+    switch (kind) {
+      case 'normal':
+        return function (x) {
+          const z = (x - p1) / p2;
+          return Math.exp(-0.5 * z * z) / (p2 * Math.sqrt(2 * Math.PI));
+        };
+      case 'uniform':
+        return function (x) { return x >= p1 && x <= p2 && p2 > p1 ? 1 / (p2 - p1) : 0; };
+      case 'exponential':
+        // The parameter is the mean.
+        return function (x) { return x < 0 || p1 <= 0 ? 0 : Math.exp(-x / p1) / p1; };
+      case 'poisson':
+        return function (x) {
+          const k = Math.round(x);
+          return k < 0 || k > 170 ? 0 : Math.exp(-p1) * Math.pow(p1, k) / gamma(k);
+        };
+      default:
+        return null;
+    }
+  }
+
+  function readDistribution(node) {
+    if (!node) {
+      return null;
+    }
+    const kind = attr(node, 'distribution', 'normal');
+    const p1 = number(node.getAttribute('parameter'), NaN);
+    const p2 = number(attr(node, 'secondaryParameter', ''), NaN);
+    const f = density(kind, p1, p2);
+    if (!f || !Number.isFinite(p1) || ((kind === 'normal' || kind === 'uniform') &&
+        !Number.isFinite(p2))) {
+      return null;
+    }
+    return {kind: kind, p1: p1, p2: p2, f: f};
+  }
+
+  // Points of a distribution's curve over [lo, hi], scaled by `scale`.
+  function curve(dist, lo, hi, scale, xName, yName) {
+    const points = [];
+    if (dist.kind === 'poisson') {
+      for (let k = Math.max(0, Math.floor(lo)); k <= Math.ceil(hi); ++k) {
+        points.push({[xName]: k, [yName]: dist.f(k) * scale});
+      }
+      return points;
+    }
+    const steps = 160;
+    for (let i = 0; i <= steps; ++i) {
+      const x = lo + (hi - lo) * i / steps;
+      points.push({[xName]: x, [yName]: dist.f(x) * scale});
+    }
+    return points;
+  }
+
+  function extentOf(dist) {
+    switch (dist.kind) {
+      case 'normal': return [dist.p1 - 4 * dist.p2, dist.p1 + 4 * dist.p2];
+      case 'uniform': return [dist.p1 - 0.1 * (dist.p2 - dist.p1), dist.p2 + 0.1 * (dist.p2 - dist.p1)];
+      case 'exponential': return [0, 6 * dist.p1];
+      default: return [0, Math.max(10, dist.p1 + 5 * Math.sqrt(dist.p1))];
+    }
+  }
+
+  // ---- Layers of one graph -------------------------------------------------
+
+  // Reference lines: a rule and its labels at a value of one axis (and, when
+  // mirrored, at the value mirrored around the centre of the graph's
+  // distribution).
+  function lineGuides(model, graph, centre) {
+    const layers = [];
+    for (const guide of children(graph, 'lineGuide')) {
+      const onX = guide.hasAttribute('x');
+      const value = number(guide.getAttribute(onX ? 'x' : 'y'), NaN);
+      if (!Number.isFinite(value)) {
+        continue;
+      }
+      const style = model.styles.get(attr(guide, 'style', '')) || {};
+      if (style.visible === false) {
+        continue;
+      }
+      const labels = children(guide, 'label');
+      const at = [value];
+      if (attr(guide, 'mirror', 'false') === 'true' && Number.isFinite(centre)) {
+        at.unshift(2 * centre - value);
+        at.sort(function (a, b) { return a - b; });
+      }
+      const rows = at.map(function (v, i) {
+        let label = labels[0] || null;
+        if (labels.length > 1) {
+          label = labels.find(function (l) {
+            return attr(l, 'position', '') === (i === 0 ? 'before' : 'after');
+          }) || labels[i] || null;
+        }
+        return {guide: v, text: label ? textOf(label) : '',
+          position: label ? attr(label, 'position', '') : ''};
+      });
+      const channel = onX ? 'x' : 'y';
+      const ruleMark = {type: 'rule', color: style.color || '#333',
+        strokeWidth: style.width || 1.5};
+      if (style.dash) {
+        ruleMark.strokeDash = style.dash;
+      }
+      layers.push({
+        name: 'guide' + layers.length,
+        data: {values: rows},
+        mark: ruleMark,
+        encoding: {[channel]: {field: 'guide', type: 'quantitative'},
+          tooltip: {field: 'text', type: 'nominal'}},
+      });
+      layers.push({
+        data: {values: rows.filter(function (r) { return r.text; })},
+        mark: onX
+          ? {type: 'text', baseline: 'top', dy: 4, fontSize: 11, color: style.color || '#333',
+            align: {expr: "datum.position === 'before' ? 'right' : 'left'"},
+            dx: {expr: "datum.position === 'before' ? -4 : 4"}, lineBreak: '\n'}
+          : {type: 'text', align: 'right', baseline: 'bottom', dy: -3, fontSize: 11,
+            color: style.color || '#333', lineBreak: '\n'},
+        encoding: onX
+          ? {x: {field: 'guide', type: 'quantitative'}, y: {value: 0}, text: {field: 'text'}}
+          : {y: {field: 'guide', type: 'quantitative'}, x: {value: 'width'}, text: {field: 'text'}},
+      });
+    }
+    return layers;
+  }
+
+  // Bars (<interval>): plain, dodged, stacked, or a histogram of given bins.
+  function intervalSpec(chart, model, graph, element, titles) {
+    const x = variableOf(element, 'x');
+    const y = variableOf(element, 'y');
+    const rows = rowsFor(chart, model, [x, y]).filter(function (r) {
+      return r[x] !== null && r[y] !== null;
+    });
+    const popup = popupFor(model, 'interval');
+    const tip = applyPopup(popup, model, rows, '__tip');
+    const color = colorChannel(model, element, rows);
+    const binned = !!child(element, 'binStatistic') && !isCategorical(model, x);
+    const xAxis = axisFor(titles, 'x', x);
+    const yAxis = axisFor(titles, 'y', y);
+    const encoding = {};
+    let binWidth = 1;
+    if (binned) {
+      binWidth = addBinEdges(rows, x);
+      encoding.x = withDomain({field: x + '__start', type: 'quantitative', bin: 'binned',
+        title: xAxis.title}, xAxis);
+      encoding.x2 = {field: x + '__end'};
+      const v = model.variables.get(x);
+      if (v && v.format && v.format.type !== 'general') {
+        encoding.x.axis = {labelExpr: axisLabelExpr(v.format)};
+      }
+    } else {
+      encoding.x = withDomain(positional(model, rows, x, xAxis.title), xAxis);
+    }
+    encoding.y = withDomain({field: y, type: 'quantitative', title: yAxis.title}, yAxis);
+    const position = attr(element, 'position', '');
+    if (color) {
+      encoding.color = color;
+      if (position === 'dodge' && !binned) {
+        encoding.xOffset = {field: color.field, type: 'nominal', sort: color.sort};
+      }
+      if (position === 'stack') {
+        encoding.order = {field: color.field};
+      } else {
+        encoding.y.stack = null;
+      }
+    }
+    encoding.tooltip = tip ? {field: '__tip', type: 'nominal'}
+      : [{field: (binned ? x : x + (isCategorical(model, x) ? '__text' : '')), title: xAxis.title || x},
+        {field: y, type: 'quantitative', title: yAxis.title || y}];
+    const mark = Object.assign({type: 'bar', stroke: '#fff', strokeWidth: 0.5},
+        markStyle(model, element));
+    if (color) {
+      delete mark.fill;
+      delete mark.color;
+      mark.stroke = '#444';
+    }
+    const layers = [{name: 'bar', data: {values: rows}, mark: mark, encoding: encoding}];
+
+    // A fitted distribution drawn over the bars (<line> with a
+    // <distributionStatistic>), scaled to the counts.
+    for (const line of children(graph, 'line')) {
+      const dist = readDistribution(child(line, 'distributionStatistic'));
+      if (!dist || !binned) {
+        continue;
+      }
+      let total = 0;
+      let lo = Infinity;
+      let hi = -Infinity;
+      for (const row of rows) {
+        total += typeof row[y] === 'number' ? row[y] : 0;
+        lo = Math.min(lo, row[x + '__start']);
+        hi = Math.max(hi, row[x + '__end']);
+      }
+      const style = model.styles.get(attr(line, 'style', '')) || {};
+      layers.push({
+        name: 'fit',
+        data: {values: curve(dist, lo, hi, total * (dist.kind === 'poisson' ? 1 : binWidth), x + '__start', y)},
+        mark: {type: dist.kind === 'poisson' ? 'line' : 'line', color: style.color || '#d62728',
+          strokeWidth: style.width || 2, interpolate: dist.kind === 'poisson' ? 'step' : 'monotone'},
+        encoding: {x: {field: x + '__start', type: 'quantitative'},
+          y: {field: y, type: 'quantitative'}},
+      });
+    }
+    layers.push.apply(layers, lineGuides(model, graph, NaN));
+    return layers;
+  }
+
+  // A box plot (<schema>) from the values the module gives per group: the
+  // median is the middle of each group's values, the quartiles the middles
+  // of the values below and above it, the whiskers the extremes of the values
+  // without a case label, and the labelled values the outliers.
+  function schemaSpec(chart, model, graph, element, titles) {
+    const x = variableOf(element, 'x');
+    const y = variableOf(element, 'y');
+    const labelVar = variableOf(element, 'label');
+    const rows = rowsFor(chart, model, [x, y]).filter(function (r) {
+      return r[x] !== null && typeof r[y] === 'number';
+    });
+    const labelColumn = (model.variables.get('Label') ? 'Label' : labelVar) || 'Label';
+    const groups = new Map();
+    for (const row of rows) {
+      if (!groups.has(row[x])) {
+        groups.set(row[x], []);
+      }
+      groups.get(row[x]).push(row);
+    }
+    const median = function (values) {
+      const n = values.length;
+      return n === 0 ? NaN : (n % 2 ? values[(n - 1) / 2] : (values[n / 2 - 1] + values[n / 2]) / 2);
+    };
+    const boxes = [];
+    const outliers = [];
+    const colorNode = child(element, 'color');
+    const colorId = colorNode ? colorNode.getAttribute('variable') : null;
+    const popup = popupFor(model, 'schema', 'median') || popupFor(model, 'schema');
+    for (const [group, members] of groups) {
+      const values = members.map(function (r) { return r[y]; }).sort(function (a, b) { return a - b; });
+      const mid = median(values);
+      const below = values.filter(function (v) { return v < mid; });
+      const above = values.filter(function (v) { return v > mid; });
+      const inner = members.filter(function (r) { return r[labelColumn] === null || r[labelColumn] === undefined; })
+          .map(function (r) { return r[y]; });
+      const box = Object.assign({}, members[0], {
+        q1: below.length ? median(below) : mid,
+        median: mid,
+        q3: above.length ? median(above) : mid,
+        lower: inner.length ? Math.min.apply(null, inner) : values[0],
+        upper: inner.length ? Math.max.apply(null, inner) : values[values.length - 1],
+      });
+      boxes.push(box);
+      for (const r of members) {
+        if (r[labelColumn] !== null && r[labelColumn] !== undefined &&
+            (r[y] < box.lower || r[y] > box.upper)) {
+          outliers.push(Object.assign({}, r, {caseText: formatNumber(r[labelColumn], null)}));
+        }
+      }
+    }
+    const tip = applyPopup(popup, model, boxes, '__tip');
+    const xAxis = axisFor(titles, 'x', x);
+    const yAxis = axisFor(titles, 'y', y);
+    const yVar = model.variables.get(y);
+    const yFormat = yVar && yVar.format && yVar.format.type !== 'general' ? yVar.format : null;
+    const boxRows = boxes.map(function (b) {
+      const lines = [xAxis.title ? xAxis.title + ': ' + b[x + '__text'] : b[x + '__text']];
+      lines.push('Maximum: ' + formatNumber(b.upper, yFormat), 'Upper Quartile: ' +
+          formatNumber(b.q3, yFormat), 'Median: ' + formatNumber(b.median, yFormat),
+      'Lower Quartile: ' + formatNumber(b.q1, yFormat), 'Minimum: ' + formatNumber(b.lower, yFormat));
+      if (tip && b.__tip) {
+        lines.push(b.__tip);
+      }
+      return Object.assign(b, {__boxTip: lines.join('\n')});
+    });
+    const xChannel = positional(model, rows, x, xAxis.title);
+    const yChannel = withDomain({type: 'quantitative', title: yAxis.title, scale: {zero: false}}, yAxis);
+    if (yFormat) {
+      yChannel.axis = {labelExpr: axisLabelExpr(yFormat)};
+    }
+    const style = model.styles.get(attr(element, 'style', '')) || {};
+    const color = colorId ? colorChannel(model, element, boxRows) : null;
+    const boxEncoding = {
+      x: xChannel,
+      y: Object.assign({field: 'q1'}, yChannel),
+      y2: {field: 'q3'},
+      tooltip: {field: '__boxTip', type: 'nominal'},
+    };
+    if (color) {
+      boxEncoding.color = color;
+    }
+    const layers = [
+      {name: 'whisker', data: {values: boxRows}, mark: {type: 'rule', color: style.color || '#333'},
+        encoding: {x: xChannel, y: Object.assign({field: 'lower'}, yChannel), y2: {field: 'upper'},
+          tooltip: {field: '__boxTip', type: 'nominal'}}},
+      {name: 'box', data: {values: boxRows},
+        mark: {type: 'bar', size: {expr: 'min(60, bandwidth("x") * 0.6)'},
+          fill: color ? undefined : (style.fill || '#aec7e8'), stroke: style.color || '#1f77b4'},
+        encoding: boxEncoding},
+      {name: 'median', data: {values: boxRows},
+        mark: {type: 'tick', color: '#111', thickness: 2, size: {expr: 'min(60, bandwidth("x") * 0.6)'}},
+        encoding: {x: xChannel, y: Object.assign({field: 'median'}, yChannel),
+          tooltip: {field: '__boxTip', type: 'nominal'}}},
+    ];
+    if (outliers.length > 0) {
+      layers.push({name: 'outlier', data: {values: outliers},
+        mark: {type: 'point', shape: 'circle', color: style.color || '#1f77b4'},
+        encoding: {x: xChannel, y: Object.assign({field: y}, yChannel),
+          tooltip: [{field: y, type: 'quantitative', title: yAxis.title || y},
+            {field: 'caseText', title: 'Case'}]}});
+      if (labelVar || !labelVar) {
+        layers.push({data: {values: outliers},
+          mark: {type: 'text', align: 'left', dx: 6, fontSize: 10, color: '#444'},
+          encoding: {x: xChannel, y: Object.assign({field: y}, yChannel), text: {field: 'caseText'}}});
+      }
+    }
+    layers.push.apply(layers, lineGuides(model, graph, NaN));
+    return layers;
+  }
+
+  // A distribution drawn from its parameters alone (<area> or <line> with a
+  // <distributionStatistic> and no data), with its guides.
+  function distributionSpec(model, graph, element, titles) {
+    const dist = readDistribution(child(element, 'distributionStatistic'));
+    if (!dist) {
+      return null;
+    }
+    const xAxis = axisFor(titles, 'x', '');
+    const yAxis = axisFor(titles, 'y', '');
+    let [lo, hi] = extentOf(dist);
+    if (xAxis.min !== null) {
+      lo = xAxis.min;
+    }
+    if (xAxis.max !== null && xAxis.max > lo) {
+      hi = xAxis.max;
+    }
+    const style = model.styles.get(attr(element, 'style', '')) || {};
+    const mark = element.tagName === 'area'
+      ? {type: 'area', color: style.fill || '#aec7e8', line: {color: style.color || '#1f77b4'},
+        opacity: 0.9}
+      : {type: 'line', color: style.color || '#1f77b4'};
+    const layers = [{
+      name: 'distribution',
+      data: {values: curve(dist, lo, hi, 1, 'x', 'density')},
+      mark: mark,
+      encoding: {
+        x: {field: 'x', type: 'quantitative', title: xAxis.title, scale: {domain: [lo, hi], nice: false}},
+        y: {field: 'density', type: 'quantitative', title: yAxis.title},
+        tooltip: [{field: 'x', type: 'quantitative', format: '.1f', title: xAxis.title || 'x'},
+          {field: 'density', type: 'quantitative', format: '.4f', title: yAxis.title || 'density'}],
+      },
+    }];
+    layers.push.apply(layers, lineGuides(model, graph, dist.kind === 'normal' ? dist.p1 : NaN));
+    return layers;
+  }
+
+  // The network (<node> and <edge> with a <graphLayoutStatistic>): nodes on
+  // a circle, one line per edge coloured by its type, node values shown.
+  function networkSpec(chart, model, graph) {
+    const layout = child(graph, 'graphLayoutStatistic');
+    const nodeElement = child(graph, 'node');
+    const edgeElement = child(graph, 'edge');
+    const nodeData = (chart.data || {})[attr(layout, 'nodeSource', 'nodeSource_1')] || {};
+    const valueId = variableOf(nodeElement, 'value') || 'node';
+    const labelId = variableOf(nodeElement, 'label') || 'label';
+    const valueVar = model.variables.get(valueId);
+    const values = nodeData[(valueVar && valueVar.column) || valueId] || [];
+    const labels = nodeData[labelId] || [];
+    const present = [];
+    for (let i = 0; i < values.length; ++i) {
+      if (values[i] !== null && values[i] !== undefined) {
+        present.push(i);
+      }
+    }
+    const swap = !!child(layout, 'swap');
+    const positions = new Map();
+    present.forEach(function (sample, k) {
+      const angle = -Math.PI / 2 + 2 * Math.PI * k / present.length;
+      const a = Math.cos(angle);
+      const b = Math.sin(angle);
+      positions.set(sample, swap ? {x: b, y: -a} : {x: a, y: b});
+    });
+    const nodeRows = present.map(function (sample) {
+      const p = positions.get(sample);
+      const name = labels[sample] === null || labels[sample] === undefined ? String(sample) : String(labels[sample]);
+      const value = formatNumber(values[sample], valueVar ? valueVar.format : null);
+      return {x: p.x, y: p.y, name: name, value: value,
+        tip: name + '\n' + (valueVar && valueVar.label ? valueVar.label + ': ' : '') + value,
+        align: p.x > 0.2 ? 'left' : (p.x < -0.2 ? 'right' : 'center'),
+        lx: p.x * 1.13, ly: p.y * 1.13};
+    });
+    const edgeRows = rowsFor(chart, model, [variableOf(edgeElement, 'from') || 'from']);
+    const fromId = variableOf(edgeElement, 'from') || 'from';
+    const toId = variableOf(edgeElement, 'to') || 'to';
+    const popup = popupFor(model, 'edge');
+    applyPopup(popup, model, edgeRows, '__tip');
+    const edges = [];
+    for (const row of edgeRows) {
+      const a = positions.get(row[fromId]);
+      const b = positions.get(row[toId]);
+      if (!a || !b) {
+        continue;
+      }
+      const names = (labels[row[fromId]] || row[fromId]) + ' \u2013 ' + (labels[row[toId]] || row[toId]);
+      edges.push(Object.assign({}, row, {x: a.x, y: a.y, x2: b.x, y2: b.y,
+        __edgeTip: names + (row.__tip ? '\n' + row.__tip : '')}));
+    }
+    const color = colorChannel(model, edgeElement, edges);
+    const nodeStyle = model.styles.get(attr(nodeElement, 'style', '')) || {};
+    const axis = {scale: {domain: [-1.45, 1.45]}, axis: null, type: 'quantitative'};
+    const edgeEncoding = {
+      x: Object.assign({field: 'x'}, axis), y: Object.assign({field: 'y'}, axis),
+      x2: {field: 'x2'}, y2: {field: 'y2'},
+      tooltip: {field: '__edgeTip', type: 'nominal'},
+    };
+    if (color) {
+      edgeEncoding.color = color;
+    }
+    return [
+      {name: 'edge', data: {values: edges}, mark: {type: 'rule', strokeWidth: 2.5},
+        encoding: edgeEncoding},
+      {name: 'node', data: {values: nodeRows},
+        mark: {type: 'point', shape: 'circle', size: 900, filled: true,
+          fill: nodeStyle.fill || '#fff', stroke: nodeStyle.color || '#1f77b4',
+          strokeWidth: nodeStyle.width || 2, opacity: 1},
+        encoding: {x: Object.assign({field: 'x'}, axis), y: Object.assign({field: 'y'}, axis),
+          tooltip: {field: 'tip', type: 'nominal'}}},
+      {data: {values: nodeRows}, mark: {type: 'text', fontSize: 10, fontWeight: 'bold'},
+        encoding: {x: Object.assign({field: 'x'}, axis), y: Object.assign({field: 'y'}, axis),
+          text: {field: 'value'}, tooltip: {field: 'tip', type: 'nominal'}}},
+      {data: {values: nodeRows}, mark: {type: 'text', fontSize: 11, align: {expr: 'datum.align'}},
+        encoding: {x: Object.assign({field: 'lx'}, axis), y: Object.assign({field: 'ly'}, axis),
+          text: {field: 'name'}}},
+    ];
+  }
+
+  // Back-to-back or stacked panels of bars (<panels>): one panel per value
+  // of the panel variable, in the given category order; "bars" says along
+  // which axis the bars grow, "invert" mirrors the first panel.
+  function panelsSpec(chart, model, graph, element, titles, width, height) {
+    const panels = child(graph, 'panels');
+    const panelId = panels.getAttribute('variable');
+    const x = variableOf(element, 'x');
+    const y = variableOf(element, 'y');
+    const rows = rowsFor(chart, model, [x, y, panelId]).filter(function (r) {
+      return r[x] !== null && r[y] !== null && r[panelId] !== null;
+    });
+    let order = sortedValues(rows, panelId);
+    const orderNode = children(graph, 'categoryOrder').find(function (n) {
+      return n.getAttribute('variable') === panelId;
+    });
+    if (orderNode) {
+      const given = orderNode.textContent.trim().split(/\s+/).map(Number).filter(function (v) {
+        return order.indexOf(v) >= 0;
+      });
+      order = given.concat(order.filter(function (v) { return given.indexOf(v) < 0; }));
+    }
+    const titleNode = child(graph, 'panelTitle');
+    const titleId = titleNode ? titleNode.getAttribute('variable') : null;
+    const horizontal = attr(panels, 'bars', 'x') === 'x';
+    const invert = attr(panels, 'invert', 'false') === 'true';
+    const countAxis = axisFor(titles, '', y);
+    let sharedMax = 0;
+    for (const row of rows) {
+      sharedMax = Math.max(sharedMax, row[y]);
+    }
+    const binWidth = addBinEdges(rows, x);
+    void binWidth;
+    const palette = (child(element, 'color') && child(element, 'color').getAttribute('palette') || '')
+        .split(/\s+/).filter(Boolean);
+    const specs = order.map(function (value, i) {
+      const panelRows = rows.filter(function (r) { return r[panelId] === value; });
+      const first = panelRows[0] || {};
+      const valueAxis = titles[x + ':' + (i === 0 ? 'first' : 'last')] || axisFor(titles, '', x);
+      const heading = titleId && first[titleId] !== undefined ? String(first[titleId])
+        : display(model.variables.get(panelId), value);
+      const countChannel = {field: y, type: 'quantitative', title: countAxis.title,
+        scale: {domain: [0, sharedMax || 1], reverse: invert && i === 0 && horizontal}};
+      const valueChannel = {field: x + '__start', type: 'quantitative', bin: 'binned',
+        title: valueAxis.title};
+      const encoding = horizontal
+        ? {y: valueChannel, y2: {field: x + '__end'}, x: countChannel}
+        : {x: valueChannel, x2: {field: x + '__end'}, y: countChannel};
+      encoding.tooltip = [{field: x, type: 'quantitative', title: valueAxis.title || x},
+        {field: y, type: 'quantitative', title: countAxis.title || y}];
+      if (horizontal && i > 0) {
+        valueChannel.axis = {orient: 'right'};
+      }
+      return {
+        name: 'panel' + i,
+        title: {text: heading, fontSize: 12},
+        width: horizontal ? Math.max(120, Math.floor(width / order.length) - 70) : width - 80,
+        height: horizontal ? height : Math.max(100, Math.floor(height / order.length)),
+        data: {values: panelRows},
+        mark: {type: 'bar', color: palette[i % Math.max(1, palette.length)] || PALETTE[i % PALETTE.length],
+          stroke: '#fff', strokeWidth: 0.5},
+        encoding: encoding,
+      };
+    });
+    return horizontal ? {hconcat: specs, spacing: 8, resolve: {scale: {y: 'shared'}}}
+      : {vconcat: specs, spacing: 8, resolve: {scale: {x: 'shared'}}};
+  }
+
+  // ---- The whole chart -----------------------------------------------------
+
+  // The drawing size: the container's width (at most MAX_WIDTH), and a
+  // height scaled by the outer frame's height.
+  function frameSize(graph, available) {
+    const frame = child(graph, 'outerFrame');
+    const h = number(attr(frame, 'height', '1'), 1);
+    return {
+      width: Math.max(260, Math.min(available, MAX_WIDTH)),
+      height: Math.round(BASE_HEIGHT * Math.min(1.6, Math.max(0.6, h))),
+    };
+  }
+
+  // The vega-lite spec of a chart item; `available` is the width of its
+  // container in pixels.
+  function toSpec(chart, available) {
+    const root = parseDocument(chart.document);
+    if (!root) {
+      throw new Error('the chart document is not readable XML');
+    }
+    const model = readDocument(root);
+    const graph = model.graphs[0];
+    if (!graph) {
+      throw new Error('the chart document has no graph');
+    }
+    const size = frameSize(graph, available || 640);
+    const titles = axisTitles(model, graph);
+    const title = {text: chart.title || model.title || '', anchor: 'start', fontSize: 14,
+      subtitleFontSize: 12, subtitleColor: '#555'};
+    const subtitle = chart.subtitle || model.subtitle;
+    if (subtitle) {
+      title.subtitle = subtitle;
+    }
+    let body;
+    const facets = children(graph, 'facet');
+    const elementOf = function (name) { return child(graph, name); };
+    if (elementOf('node') && elementOf('edge')) {
+      body = {layer: networkSpec(chart, model, graph), width: Math.min(size.width, 560),
+        height: Math.min(size.width, 420)};
+    } else if (child(graph, 'panels') && elementOf('interval')) {
+      body = panelsSpec(chart, model, graph, elementOf('interval'), titles, size.width, size.height);
+    } else if (elementOf('schema')) {
+      body = {layer: schemaSpec(chart, model, graph, elementOf('schema'), titles)};
+    } else if (elementOf('interval')) {
+      body = {layer: intervalSpec(chart, model, graph, elementOf('interval'), titles)};
+    } else {
+      const shape = elementOf('area') || elementOf('line');
+      const layers = shape ? distributionSpec(model, graph, shape, titles) : null;
+      if (!layers) {
+        throw new Error('the chart document has no element that can be drawn');
+      }
+      body = {layer: layers};
+    }
+    const spec = {
+      $schema: SCHEMA,
+      title: title,
+      config: {
+        font: 'DejaVu Sans, Segoe UI, Roboto, Helvetica Neue, Arial, sans-serif',
+        view: {stroke: '#d0d4da'},
+        axis: {labelFontSize: 11, titleFontSize: 12, titleFontWeight: 'normal', gridColor: '#eceff3'},
+        legend: {labelFontSize: 11, titleFontSize: 12, titleFontWeight: 'normal'},
+        header: {labelFontSize: 11, titleFontSize: 12, titleFontWeight: 'normal'},
+      },
+    };
+    if (facets.length > 0 && body.layer) {
+      // Facets: the layers repeated per value of the facet variables.
+      const rows = body.layer[0].data.values;
+      const facet = {};
+      const perRow = {};
+      for (const f of facets) {
+        const id = f.getAttribute('variable');
+        const v = model.variables.get(id);
+        const order = sortedValues(rows, id).map(function (value) { return display(v, value); });
+        const dim = attr(f, 'dim', 'column') === 'row' ? 'row' : 'column';
+        facet[dim] = {field: id + '__text', type: 'nominal', sort: order,
+          header: {title: textOf(child(f, 'title')) || (v && v.label) || null, labelLimit: 160}};
+        perRow[dim] = order.length;
+      }
+      const columns = perRow.column || 1;
+      spec.data = {values: rows};
+      spec.facet = facet;
+      spec.spec = {layer: body.layer.map(function (layer) {
+        const copy = Object.assign({}, layer);
+        delete copy.data;
+        return copy;
+      }), width: Math.max(80, Math.floor((size.width - 140) / columns) - 16),
+      height: Math.max(90, Math.floor(size.height / Math.max(1, perRow.row || 1)))};
+      spec.resolve = {scale: {x: 'shared', y: 'shared'}};
+    } else {
+      Object.assign(spec, body);
+      if (body.layer && !body.width) {
+        spec.width = Math.max(200, size.width - 40);
+        spec.height = size.height;
+        spec.autosize = {type: 'fit', contains: 'padding'};
+      }
+    }
+    const notes = [];
+    for (const frame of model.frames) {
+      for (const label of frame) {
+        notes.push(label);
+      }
+    }
+    if (model.footnote) {
+      notes.push({text: model.footnote, style: null});
+    }
+    return {spec: spec, notes: notes};
+  }
 
   function parseDocument(text) {
     if (!text) {
@@ -20,61 +1154,40 @@
     return doc.documentElement;
   }
 
-  // The rows of a data source: one object per row, keyed by variable name.
-  function rowsOf(data, sourceName) {
-    const source = data && data[sourceName];
-    if (!source) {
-      return [];
-    }
-    const names = Object.keys(source);
-    let count = 0;
-    for (const name of names) {
-      count = Math.max(count, source[name].length);
-    }
-    const rows = new Array(count);
-    for (let i = 0; i < count; ++i) {
-      const row = {};
-      for (const name of names) {
-        const value = source[name][i];
-        row[name] = value === undefined ? null : value;
-      }
-      rows[i] = row;
-    }
-    return rows;
-  }
-
-  // ---- The mapping ------------------------------------------------------
-
-  function toSpec(chart) {
-    const root = parseDocument(chart.document);
-    const title = {text: chart.title || ''};
-    if (chart.subtitle) {
-      title.subtitle = chart.subtitle;
-    }
-    const sourceNames = Object.keys(chart.data || {});
-    const rows = sourceNames.length > 0 ? rowsOf(chart.data, sourceNames[0]) : [];
-    const names = rows.length > 0 ? Object.keys(rows[0]) : [];
-    void root;
-    return {
-      $schema: 'https://vega.github.io/schema/vega-lite/v6.json',
-      title: title,
-      width: 'container',
-      height: 260,
-      data: {values: rows},
-      mark: {type: 'bar', tooltip: true},
-      encoding: names.length >= 2
-        ? {x: {field: names[0], type: 'nominal'}, y: {field: names[1], type: 'quantitative'}}
-        : {},
-    };
-  }
-
-  // ---- Drawing ----------------------------------------------------------
+  // ---- Drawing ------------------------------------------------------------
 
   const embedOptions = {
     actions: false,
     renderer: 'svg',
-    tooltip: {theme: 'light'},
+    tooltip: {theme: 'light', sanitize: function (value) {
+      return String(value).replace(/&/g, '&amp;').replace(/</g, '&lt;');
+    }},
   };
+
+  function showNotes(figure, notes) {
+    if (notes.length === 0) {
+      return;
+    }
+    const list = document.createElement('div');
+    list.className = 'chart-notes';
+    for (const note of notes) {
+      const p = document.createElement('p');
+      if (note.style && note.style.color) {
+        const swatch = document.createElement('span');
+        swatch.className = 'swatch';
+        swatch.style.background = note.style.color;
+        p.appendChild(swatch);
+      }
+      const text = document.createElement('span');
+      text.textContent = note.text;
+      if (note.style && note.style.bold) {
+        text.style.fontWeight = '600';
+      }
+      p.appendChild(text);
+      list.appendChild(p);
+    }
+    figure.querySelector('.chart-view').after(list);
+  }
 
   function draw(figure) {
     if (figure.dataset.drawn) {
@@ -83,21 +1196,21 @@
     figure.dataset.drawn = 'pending';
     const view = figure.querySelector('.chart-view');
     const script = figure.querySelector('script.chart-data');
-    let spec;
+    let made;
     try {
-      spec = toSpec(JSON.parse(script.textContent));
+      made = toSpec(JSON.parse(script.textContent), view.clientWidth);
     } catch (error) {
-      return Promise.resolve(fail(figure, view, error));
+      fail(figure, view, error);
+      return Promise.resolve();
     }
     view.textContent = '';
-    return global.vegaEmbed(view, spec, embedOptions).then(
-      function (result) {
-        figure.dataset.drawn = 'yes';
-        figure.nptestsView = result.view;
-      },
-      function (error) {
-        fail(figure, view, error);
-      });
+    return global.vegaEmbed(view, made.spec, embedOptions).then(function (result) {
+      figure.dataset.drawn = 'yes';
+      figure.nptestsView = result.view;
+      showNotes(figure, made.notes);
+    }, function (error) {
+      fail(figure, view, error);
+    });
   }
 
   function fail(figure, view, error) {
@@ -107,7 +1220,7 @@
     p.className = 'chart-failed';
     p.textContent = 'This chart cannot be drawn: ' + (error && error.message ? error.message : error);
     view.appendChild(p);
-    console.error('nptests chart ' + figure.id + ':', error);
+    console.error('chart ' + figure.id + ' cannot be drawn:', error);
   }
 
   function start() {
@@ -123,11 +1236,11 @@
           draw(entry.target);
         }
       }
-    }, {rootMargin: '300px 0px'});
+    }, {rootMargin: '200px 0px'});
     figures.forEach(function (figure) { observer.observe(figure); });
   }
 
-  global.NptestsCharts = {toSpec: toSpec, draw: draw, rowsOf: rowsOf};
+  global.NptestsCharts = {toSpec: toSpec, draw: draw};
   if (document.readyState === 'loading') {
     document.addEventListener('DOMContentLoaded', start);
   } else {
