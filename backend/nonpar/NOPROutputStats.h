@@ -300,6 +300,10 @@ public:
     VEXA_DataSource* GetDataSource() const { return fDataSource; }
     void* GetHostContext() const { return fHostContext; }
     const CFSplitDocument* GetSplit() const { return fSplit; }
+    // The split as chart subtitles show it ("gender = Female, ..."; value
+    // labels where there are some) and whether charts append it to their
+    // descriptions; empty and false when the data are not split.
+    void GetSplitViewTitle(std::string& suffix, bool& appendSuffix) const;
 
     // The field dictionary of the result document (owned).
     CFMetaData* GetMetaData() const { return fMetaData.get(); }

@@ -21,6 +21,7 @@ public:
     bool ProduceOutput(std::vector<std::string>& vPMMLStr,
                        std::vector<CFSplitDocument>& splits) override;
     bool ProduceSplitOutput(std::string& pmml, CFSplitDocument& split) override;
+    CFDump DumpSettings() const override;
 
     // The heading that names a split ("var = value, ..."), or null when the
     // split is not shown under a heading of its own. The caller owns it.

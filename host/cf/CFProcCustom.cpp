@@ -3,6 +3,8 @@
 
 #include <random>
 
+#include "host/cf/CFDump.h"
+
 CFProcCustom::~CFProcCustom() = default;
 
 bool CFProcCustom::ReadCommand(CommandSpec*, CommandDescriptor*) {
@@ -23,6 +25,13 @@ void CFProcCustom::SetStatJSON(const std::vector<std::string>& json) {
 
 bool CFProcCustom::ProcessOutputJSON() {
     return true;
+}
+
+CFDump CFProcCustom::DumpSettings() const {
+    CFDump settings = CFDump::Object();
+    settings.Set("seed", static_cast<int>(fSeed));
+    settings.Set("seedFromHost", fSeedFromHost);
+    return settings;
 }
 
 int CFProcCustom::GetNextSeed() {

@@ -57,6 +57,10 @@ public:
     // Slot 5: shows what SetStatJSON kept; the base has nothing to show.
     virtual bool ProcessOutputJSON();
 
+    // The settings the command gave (seed and whether the host supplies it;
+    // a procedure adds its own), for showing what a command yields.
+    virtual CFDump DumpSettings() const;
+
     // A fresh seed from the host's random-number generator.
     int GetNextSeed();
 
