@@ -535,19 +535,21 @@ bool HtmlRenderer::Render(const BpHeadingNode& root, const std::vector<CFMessage
     AppendEscaped(out, title);
     out += "</title>\n<style>\n";
     out += style;
-    out += "</style>\n</head>\n<body>\n<header class=\"report-header\"><h1>";
+    out += "</style>\n";
+    // The chart scripts come first so that charts on the first screen are
+    // drawn while the rest of a long report is still being read.
+    for (const std::string& script : scripts) {
+        out += "<script>";
+        AppendScriptText(out, WithoutSourceMap(script));
+        out += "</script>\n";
+    }
+    out += "</head>\n<body>\n<header class=\"report-header\"><h1>";
     AppendEscaped(out, title);
     out += "</h1></header>\n<div class=\"report\">\n";
     AppendOutline(out, entries);
     out += "<main>\n";
     AppendMessages(out, messages);
     AppendBody(out, entries);
-    out += "</main>\n</div>\n";
-    for (const std::string& script : scripts) {
-        out += "<script>";
-        AppendScriptText(out, WithoutSourceMap(script));
-        out += "</script>\n";
-    }
-    out += "</body>\n</html>\n";
+    out += "</main>\n</div>\n</body>\n</html>\n";
     return true;
 }

@@ -1207,6 +1207,7 @@
     return global.vegaEmbed(view, made.spec, embedOptions).then(function (result) {
       figure.dataset.drawn = 'yes';
       figure.nptestsView = result.view;
+      performance.mark('chart-drawn', {detail: figure.id});
       showNotes(figure, made.notes);
     }, function (error) {
       fail(figure, view, error);
@@ -1223,10 +1224,16 @@
     console.error('chart ' + figure.id + ' cannot be drawn:', error);
   }
 
+  // Charts are drawn when their figure comes within 200 pixels of the
+  // screen. The script runs from the page's head, so figures are watched as
+  // the parser adds them (a figure is complete once its caption, its last
+  // child, is there) and the first screen's charts are drawn while the rest
+  // of a long report is still being read.
   function start() {
-    const figures = Array.prototype.slice.call(document.querySelectorAll('figure.chart'));
     if (!('IntersectionObserver' in global)) {
-      figures.forEach(draw);
+      document.addEventListener('DOMContentLoaded', function () {
+        document.querySelectorAll('figure.chart').forEach(draw);
+      });
       return;
     }
     const observer = new IntersectionObserver(function (entries) {
@@ -1237,13 +1244,36 @@
         }
       }
     }, {rootMargin: '200px 0px'});
-    figures.forEach(function (figure) { observer.observe(figure); });
+    const watched = new WeakSet();
+    const watch = function (figure) {
+      if (!watched.has(figure)) {
+        watched.add(figure);
+        observer.observe(figure);
+      }
+    };
+    const watchAll = function () {
+      document.querySelectorAll('figure.chart').forEach(watch);
+    };
+    if (document.readyState !== 'loading') {
+      watchAll();
+      return;
+    }
+    const parsing = new MutationObserver(function (records) {
+      for (const record of records) {
+        for (const node of record.addedNodes) {
+          if (node.nodeName === 'FIGCAPTION' && node.parentNode.classList.contains('chart')) {
+            watch(node.parentNode);
+          }
+        }
+      }
+    });
+    parsing.observe(document.documentElement, {childList: true, subtree: true});
+    document.addEventListener('DOMContentLoaded', function () {
+      parsing.disconnect();
+      watchAll();
+    });
   }
 
   global.NptestsCharts = {toSpec: toSpec, draw: draw};
-  if (document.readyState === 'loading') {
-    document.addEventListener('DOMContentLoaded', start);
-  } else {
-    start();
-  }
+  start();
 })(window);
