@@ -391,7 +391,8 @@ nlohmann::ordered_json ChartJson(const BpChartNode& chart) {
     return json;
 }
 
-void AppendChart(std::string& out, const BpChartNode& chart, size_t id) {
+void AppendChart(std::string& out, const BpChartNode& chart, size_t id,
+                 const std::string& missing) {
     out += "<figure class=\"item chart\" id=\"";
     AppendId(out, id);
     out += "\" data-template=\"";
@@ -399,7 +400,12 @@ void AppendChart(std::string& out, const BpChartNode& chart, size_t id) {
     out += "\">\n<div class=\"chart-view\" role=\"img\" aria-label=\"";
     AppendEscaped(out, chart.fDescription.empty() ? chart.fTitle : chart.fDescription);
     out += "\"><p class=\"chart-pending\">";
-    AppendEscaped(out, chart.fTitle);
+    if (missing.empty()) {
+        AppendEscaped(out, chart.fTitle);
+    } else {
+        out += "This chart cannot be drawn: ";
+        AppendEscaped(out, missing);
+    }
     out += "</p></div>\n<script type=\"application/json\" class=\"chart-data\">";
     // Every "<" of the data is escaped so that no text in it can end the
     // element; JSON.parse reads the escape back.
@@ -434,7 +440,8 @@ void AppendMessages(std::string& out, const std::vector<CFMessage>& messages) {
     out += "</ul>\n</section>\n";
 }
 
-void AppendBody(std::string& out, const std::vector<Entry>& entries) {
+// `missing`: why charts cannot be drawn (empty when they can).
+void AppendBody(std::string& out, const std::vector<Entry>& entries, const std::string& missing) {
     // Headings open a section closed when an entry at their depth or above
     // follows.
     std::vector<int> open;
@@ -465,7 +472,7 @@ void AppendBody(std::string& out, const std::vector<Entry>& entries) {
             AppendTable(out, static_cast<const BpTableNode&>(item), i);
             break;
         case BpItem::kChart:
-            AppendChart(out, static_cast<const BpChartNode&>(item), i);
+            AppendChart(out, static_cast<const BpChartNode&>(item), i, missing);
             break;
         }
     }
@@ -476,10 +483,16 @@ void AppendBody(std::string& out, const std::vector<Entry>& entries) {
 
 } // namespace
 
-const std::vector<std::string>& HtmlRenderer::ChartScripts() {
-    static const std::vector<std::string> kScripts = {"vega.min.js", "vega-lite.min.js",
-                                                      "vega-embed.min.js", "charts.js"};
-    return kScripts;
+HtmlRenderer::HtmlRenderer(std::string webFolder) : fWebFolder(std::move(webFolder)) {
+    static constexpr const char* kScripts[] = {"vega.min.js", "vega-lite.min.js",
+                                               "vega-embed.min.js", "charts.js"};
+    ReadWebFile("report.css", fStyle);
+    for (const char* name : kScripts) {
+        if (!ReadWebFile(name, fScripts.emplace_back())) {
+            fScripts.clear();
+            break;
+        }
+    }
 }
 
 std::string HtmlRenderer::DefaultWebFolder() {
@@ -493,55 +506,42 @@ bool HtmlRenderer::ReadWebFile(const std::string& name, std::string& text) {
     const std::string path = fWebFolder + "/" + name;
     std::ifstream in(path, std::ios::binary);
     if (!in) {
-        fError = "cannot read " + path + " (run scripts/setup, then build again)";
+        if (fError.empty()) {
+            fError = "cannot read " + path + " (run scripts/setup, then build again)";
+        }
         return false;
     }
     text.assign(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-    if (in.bad()) {
-        fError = "cannot read " + path;
-        return false;
-    }
     return true;
 }
 
-bool HtmlRenderer::Render(const BpHeadingNode& root, const std::vector<CFMessage>& messages,
-                          std::string& out) {
-    fError.clear();
+std::string HtmlRenderer::Render(const BpHeadingNode& root,
+                                 const std::vector<CFMessage>& messages) const {
     std::vector<Entry> entries;
     Collect(root, 0, entries);
     bool hasCharts = false;
     for (const Entry& entry : entries) {
         hasCharts = hasCharts || entry.fItem->fKind == BpItem::kChart;
     }
-    std::string style;
-    if (!ReadWebFile("report.css", style)) {
-        return false;
-    }
-    std::vector<std::string> scripts;
-    if (hasCharts) {
-        for (const std::string& name : ChartScripts()) {
-            if (!ReadWebFile(name, scripts.emplace_back())) {
-                return false;
-            }
-        }
-    }
 
     const std::string_view title =
         root.fText.empty() ? std::string_view("Output") : std::string_view(root.fText);
-    out.clear();
+    std::string out;
     out += "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n"
            "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n"
            "<title>";
     AppendEscaped(out, title);
     out += "</title>\n<style>\n";
-    out += style;
+    out += fStyle;
     out += "</style>\n";
     // The chart scripts come first so that charts on the first screen are
     // drawn while the rest of a long report is still being read.
-    for (const std::string& script : scripts) {
-        out += "<script>";
-        AppendScriptText(out, WithoutSourceMap(script));
-        out += "</script>\n";
+    if (hasCharts) {
+        for (const std::string& script : fScripts) {
+            out += "<script>";
+            AppendScriptText(out, WithoutSourceMap(script));
+            out += "</script>\n";
+        }
     }
     out += "</head>\n<body>\n<header class=\"report-header\"><h1>";
     AppendEscaped(out, title);
@@ -549,7 +549,7 @@ bool HtmlRenderer::Render(const BpHeadingNode& root, const std::vector<CFMessage
     AppendOutline(out, entries);
     out += "<main>\n";
     AppendMessages(out, messages);
-    AppendBody(out, entries);
+    AppendBody(out, entries, fScripts.empty() ? fError : std::string());
     out += "</main>\n</div>\n</body>\n</html>\n";
-    return true;
+    return out;
 }

@@ -102,9 +102,9 @@ TEST(HtmlRenderer, WritesNestedHeadersRowGroupsMarksAndFootnotes) {
     BpProcedure procedure("Nonparametric Tests", nullptr, nullptr);
     BpHeading heading = procedure.Heading(BpString("Kruskal-Wallis & co", false));
     AddSummary(heading);
-    HtmlRenderer renderer(web.Path());
-    std::string html;
-    ASSERT_TRUE(renderer.Render(procedure.Root(), {}, html)) << renderer.Error();
+    const HtmlRenderer renderer(web.Path());
+    ASSERT_TRUE(renderer.Ready()) << renderer.Error();
+    const std::string html = renderer.Render(procedure.Root(), {});
 
     EXPECT_EQ(Between(html, "<thead>", "</thead>"),
               "<thead>\n"
@@ -145,9 +145,7 @@ TEST(HtmlRenderer, OutlineLinksEveryItemInNestedLists) {
     AddSummary(test);
     test.AddChart(SmallChart());
     procedure.Heading(BpString("Split B", false));
-    std::string html;
-    HtmlRenderer renderer(web.Path());
-    ASSERT_TRUE(renderer.Render(procedure.Root(), {}, html)) << renderer.Error();
+    const std::string html = HtmlRenderer(web.Path()).Render(procedure.Root(), {});
 
     EXPECT_EQ(
         Between(html, "<nav", "</nav>"),
@@ -171,9 +169,7 @@ TEST(HtmlRenderer, ChartCarriesItsDataAndScriptsAreInlinedSafely) {
     procedure.Heading(BpString("Test", false)).AddChart(SmallChart());
     const std::vector<CFMessage> messages = {{CFMessage::kError, "Not parse element: Foo"},
                                              {CFMessage::kWarning, "a <warning>"}};
-    std::string html;
-    HtmlRenderer renderer(web.Path());
-    ASSERT_TRUE(renderer.Render(procedure.Root(), messages, html)) << renderer.Error();
+    const std::string html = HtmlRenderer(web.Path()).Render(procedure.Root(), messages);
 
     const std::string data =
         Between(html, "<script type=\"application/json\" class=\"chart-data\">", "</script>");
@@ -203,16 +199,18 @@ TEST(HtmlRenderer, ChartCarriesItsDataAndScriptsAreInlinedSafely) {
               std::string::npos);
 }
 
-TEST(HtmlRenderer, NamesTheMissingWebFile) {
+TEST(HtmlRenderer, NamesTheMissingWebFileAndStillWritesTheTables) {
     WebFolder web;
     fs::remove(fs::path(web.Path()) / "vega-lite.min.js");
     BpProcedure procedure("Nonparametric Tests", nullptr, nullptr);
     AddSummary(procedure);
-    std::string html;
-    HtmlRenderer renderer(web.Path());
-    EXPECT_TRUE(renderer.Render(procedure.Root(), {}, html)) << "tables need no chart library";
     procedure.AddChart(SmallChart());
-    EXPECT_FALSE(renderer.Render(procedure.Root(), {}, html));
+    const HtmlRenderer renderer(web.Path());
+    EXPECT_FALSE(renderer.Ready());
     EXPECT_NE(renderer.Error().find("vega-lite.min.js"), std::string::npos) << renderer.Error();
-    EXPECT_FALSE(HtmlRenderer("/nonexistent").Render(procedure.Root(), {}, html));
+    const std::string html = renderer.Render(procedure.Root(), {});
+    EXPECT_EQ(html.find("<script>"), std::string::npos);
+    EXPECT_NE(html.find("<tbody>"), std::string::npos);
+    EXPECT_NE(html.find("This chart cannot be drawn: cannot read "), std::string::npos);
+    EXPECT_FALSE(HtmlRenderer("/nonexistent").Ready());
 }

@@ -95,7 +95,18 @@
       popups: [],
       frames: [],
       graphs: children(root, 'graph'),
+      palette: root.hasAttribute('palette') ? root.getAttribute('palette').trim().split(/\s+/) : PALETTE,
+      font: attr(root, 'font', ''),
+      orders: new Map(),
     };
+    for (const graph of model.graphs) {
+      for (const order of children(graph, 'categoryOrder')) {
+        const values = order.textContent.trim().split(/\s+/).map(Number);
+        if (values.length > 0 && values.every(Number.isFinite)) {
+          model.orders.set(order.getAttribute('variable'), values);
+        }
+      }
+    }
     for (const data of children(root, 'data')) {
       for (const v of children(data, 'variable')) {
         model.variables.set(v.getAttribute('id'), {
@@ -136,7 +147,8 @@
     for (const legend of children(root, 'legend')) {
       const variable = legend.getAttribute('variable');
       if (variable && !model.legends.has(variable)) {
-        model.legends.set(variable, {title: textOf(child(legend, 'title'))});
+        const title = child(legend, 'title');
+        model.legends.set(variable, {title: title ? textOf(title) : null});
       }
     }
     for (const popup of children(root, 'popup')) {
@@ -342,7 +354,7 @@
   }
 
   // The order of a categorical variable's values: numeric where they are.
-  function sortedValues(rows, id) {
+  function sortedValues(rows, id, model) {
     const values = [];
     const seen = new Set();
     for (const row of rows) {
@@ -355,6 +367,11 @@
     if (values.every(function (v) { return typeof v === 'number'; })) {
       values.sort(function (a, b) { return a - b; });
     }
+    const given = model && model.orders.get(id);
+    if (given) {
+      const listed = given.filter(function (v) { return seen.has(v); });
+      return listed.concat(values.filter(function (v) { return listed.indexOf(v) < 0; }));
+    }
     return values;
   }
 
@@ -363,7 +380,7 @@
   function positional(model, rows, id, title) {
     const v = model.variables.get(id);
     if (isCategorical(model, id)) {
-      const order = sortedValues(rows, id).map(function (value) { return display(v, value); });
+      const order = sortedValues(rows, id, model).map(function (value) { return display(v, value); });
       return {field: id + '__text', type: 'nominal', sort: order, title: title,
         axis: {labelAngle: 0, labelLimit: {expr: 'max(40, bandwidth("x"))'}}};
     }
@@ -427,16 +444,17 @@
     return channel;
   }
 
-  // Fill patterns, for series that are not to be told apart by colour alone.
-  // They are defined once in the page and referred to as "url(#...)".
+  // Fill patterns, for series that are not to be told apart by colour alone:
+  // solid, diagonal hatching, dots, cross-hatching, in the first palette
+  // colour. They are defined once in the page and used as "url(#...)" fills.
   const PATTERNS = [
-    '<path d="M0,8 L8,0" stroke="#333" stroke-width="1.4"/>',
-    '<circle cx="4" cy="4" r="1.6" fill="#333"/>',
-    '<path d="M0,0 L8,8" stroke="#333" stroke-width="1.4"/>',
-    '<path d="M4,0 V8 M0,4 H8" stroke="#333" stroke-width="1.2"/>',
+    '',
+    '<path d="M0,8 L8,0 M-2,2 L2,-2 M6,10 L10,6" stroke="C" stroke-width="1.6"/>',
+    '<circle cx="2" cy="2" r="1.4" fill="C"/><circle cx="6" cy="6" r="1.4" fill="C"/>',
+    '<path d="M0,0 L8,8 M0,8 L8,0" stroke="C" stroke-width="1.2"/>',
   ];
 
-  function ensurePatterns() {
+  function ensurePatterns(color) {
     if (document.getElementById('np-patterns')) {
       return;
     }
@@ -446,10 +464,11 @@
     svg.setAttribute('height', '0');
     svg.setAttribute('aria-hidden', 'true');
     svg.style.position = 'absolute';
+    const ink = /^#[0-9a-fA-F]{3,8}$|^[a-zA-Z]+$/.test(color || '') ? color : '#1f77b4';
     svg.innerHTML = '<defs>' + PATTERNS.map(function (shape, i) {
-      return '<pattern id="np-pattern-' + i + '" width="8" height="8" ' +
-          'patternUnits="userSpaceOnUse"><rect width="8" height="8" fill="#fff"/>' + shape +
-          '</pattern>';
+      return i === 0 ? '' : '<pattern id="np-pattern-' + i + '" width="8" height="8" ' +
+          'patternUnits="userSpaceOnUse"><rect width="8" height="8" fill="#fff"/>' +
+          shape.replace(/"C"/g, '"' + ink + '"') + '</pattern>';
     }).join('') + '</defs>';
     document.body.appendChild(svg);
   }
@@ -464,23 +483,27 @@
     }
     const id = node.getAttribute('variable');
     const v = model.variables.get(id);
-    const values = sortedValues(rows, id);
+    const values = sortedValues(rows, id, model);
     const domain = values.map(function (value) { return display(v, value); });
     let range;
+    const palette = node.hasAttribute('palette') ? node.getAttribute('palette').trim().split(/\s+/)
+      : model.palette;
     if (patternNode && !colorNode) {
-      ensurePatterns();
-      range = domain.map(function (d, i) { return 'url(#np-pattern-' + (i % PATTERNS.length) + ')'; });
+      ensurePatterns(palette[0]);
+      range = domain.map(function (d, i) {
+        return i % PATTERNS.length === 0 ? palette[0] : 'url(#np-pattern-' + (i % PATTERNS.length) + ')';
+      });
     } else {
-      const palette = node.hasAttribute('palette') ? node.getAttribute('palette').split(/\s+/) : PALETTE;
       range = domain.map(function (d, i) { return palette[i % palette.length]; });
     }
     const legend = model.legends.get(id);
+    const legendTitle = legend && legend.title !== null ? legend.title : (v && v.label) || '';
     return {
       field: id + '__text',
       type: 'nominal',
       sort: domain,
       scale: {domain: domain, range: range},
-      legend: legend ? {title: legend.title || null, labelLimit: 220, orient: 'right'} : null,
+      legend: legend ? {title: legendTitle || null, labelLimit: 220, orient: 'right'} : null,
     };
   }
 
@@ -507,8 +530,8 @@
 
   // ---- Histograms and distributions --------------------------------------
 
-  // Bars of given values and counts: each bar spans half the distance to
-  // its neighbours (the bins the module computed), so no binning is redone.
+  // Edges for bars at given values (histogram panels, whose values are the
+  // bins already): each bar spans half the distance to its neighbours.
   function addBinEdges(rows, x) {
     const values = sortedValues(rows, x).filter(function (v) { return typeof v === 'number'; });
     let width = Infinity;
@@ -525,6 +548,39 @@
       }
     }
     return width;
+  }
+
+  // <binStatistic/>: equal-width bins over the range of x, about the square
+  // root of the number of cases (at least 5); each bin (per colour category)
+  // adds up y (with <summaryStatistic method="sum"/>: y holds counts) or
+  // counts its rows.
+  function binRows(rows, x, y, split, summed) {
+    let lo = Infinity;
+    let hi = -Infinity;
+    let cases = 0;
+    for (const row of rows) {
+      lo = Math.min(lo, row[x]);
+      hi = Math.max(hi, row[x]);
+      cases += summed ? (typeof row[y] === 'number' ? row[y] : 0) : 1;
+    }
+    const count = Math.max(5, Math.round(Math.sqrt(Math.max(cases, 0))));
+    const width = hi > lo ? (hi - lo) / count : 1;
+    const start = hi > lo ? lo : lo - width / 2;
+    const bins = new Map();
+    for (const row of rows) {
+      const index = Math.min(count - 1, Math.max(0, Math.floor((row[x] - start) / width)));
+      const key = index + '|' + (split ? row[split] : '');
+      let bin = bins.get(key);
+      if (!bin) {
+        bin = Object.assign({}, row);
+        bin[x + '__start'] = start + index * width;
+        bin[x + '__end'] = start + (index + 1) * width;
+        bin[y] = 0;
+        bins.set(key, bin);
+      }
+      bin[y] += summed ? (typeof row[y] === 'number' ? row[y] : 0) : 1;
+    }
+    return {rows: Array.from(bins.values()), width: width};
   }
 
   function gamma(n) {
@@ -616,22 +672,26 @@
       if (style.visible === false) {
         continue;
       }
-      const labels = children(guide, 'label');
-      const at = [value];
-      if (attr(guide, 'mirror', 'false') === 'true' && Number.isFinite(centre)) {
-        at.unshift(2 * centre - value);
-        at.sort(function (a, b) { return a - b; });
-      }
-      const rows = at.map(function (v, i) {
-        let label = labels[0] || null;
-        if (labels.length > 1) {
-          label = labels.find(function (l) {
-            return attr(l, 'position', '') === (i === 0 ? 'before' : 'after');
-          }) || labels[i] || null;
-        }
-        return {guide: v, text: label ? textOf(label) : '',
-          position: label ? attr(label, 'position', '') : ''};
+      // Mirrored, the guide is drawn again at 2m - V; the "before" label goes
+      // left of the first line, the "after" label right of the mirrored one.
+      const labels = children(guide, 'label').map(function (label) {
+        return {text: textOf(label), position: attr(label, 'position', '')};
       });
+      const mirrored = attr(guide, 'mirror', 'false') === 'true' && Number.isFinite(centre);
+      const rows = [{guide: value, text: '', position: ''}];
+      if (mirrored) {
+        rows.push({guide: 2 * centre - value, text: '', position: ''});
+      }
+      for (const label of labels) {
+        const at = mirrored && label.position === 'after' ? rows[1] : rows[0];
+        const side = label.position === 'before' ? 'before' : 'after';
+        if (at.text) {
+          rows.push({guide: at.guide, text: label.text, position: side});
+        } else {
+          at.text = label.text;
+          at.position = side;
+        }
+      }
       const channel = onX ? 'x' : 'y';
       const ruleMark = {type: 'rule', color: style.color || '#333',
         strokeWidth: style.width || 1.5};
@@ -665,19 +725,27 @@
   function intervalSpec(chart, model, graph, element, titles) {
     const x = variableOf(element, 'x');
     const y = variableOf(element, 'y');
-    const rows = rowsFor(chart, model, [x, y]).filter(function (r) {
+    let rows = rowsFor(chart, model, [x, y]).filter(function (r) {
       return r[x] !== null && r[y] !== null;
     });
-    const popup = popupFor(model, 'interval');
+    const binned = !!child(element, 'binStatistic') && !isCategorical(model, x) && rows.length > 0;
+    const colorNode = child(element, 'color') || child(element, 'pattern');
+    let binWidth = 1;
+    if (binned) {
+      const summed = !!children(element, 'summaryStatistic').find(function (n) {
+        return attr(n, 'method', '') === 'sum';
+      });
+      const made = binRows(rows, x, y, colorNode ? colorNode.getAttribute('variable') : null, summed);
+      rows = made.rows;
+      binWidth = made.width;
+    }
+    const popup = binned ? null : popupFor(model, 'interval');
     const tip = applyPopup(popup, model, rows, '__tip');
     const color = colorChannel(model, element, rows);
-    const binned = !!child(element, 'binStatistic') && !isCategorical(model, x);
     const xAxis = axisFor(titles, 'x', x);
     const yAxis = axisFor(titles, 'y', y);
     const encoding = {};
-    let binWidth = 1;
     if (binned) {
-      binWidth = addBinEdges(rows, x);
       encoding.x = withDomain({field: x + '__start', type: 'quantitative', bin: 'binned',
         title: xAxis.title}, xAxis);
       encoding.x2 = {field: x + '__end'};
@@ -701,9 +769,19 @@
         encoding.y.stack = null;
       }
     }
-    encoding.tooltip = tip ? {field: '__tip', type: 'nominal'}
-      : [{field: (binned ? x : x + (isCategorical(model, x) ? '__text' : '')), title: xAxis.title || x},
+    if (tip) {
+      encoding.tooltip = {field: '__tip', type: 'nominal'};
+    } else if (binned) {
+      encoding.tooltip = [{field: x + '__start', type: 'quantitative', format: '~g', title: 'From'},
+        {field: x + '__end', type: 'quantitative', format: '~g', title: 'To'},
         {field: y, type: 'quantitative', title: yAxis.title || y}];
+      if (color) {
+        encoding.tooltip.unshift({field: color.field, title: color.legend && color.legend.title || ' '});
+      }
+    } else {
+      encoding.tooltip = [{field: x + (isCategorical(model, x) ? '__text' : ''), title: xAxis.title || x},
+        {field: y, type: 'quantitative', title: yAxis.title || y}];
+    }
     const mark = Object.assign({type: 'bar', stroke: '#fff', strokeWidth: 0.5},
         markStyle(model, element));
     if (color) {
@@ -773,8 +851,11 @@
     for (const [group, members] of groups) {
       const values = members.map(function (r) { return r[y]; }).sort(function (a, b) { return a - b; });
       const mid = median(values);
-      const below = values.filter(function (v) { return v < mid; });
-      const above = values.filter(function (v) { return v > mid; });
+      // Tukey's hinges: the medians of the lower and upper halves, each with
+      // the median when the count is odd.
+      const half = Math.ceil(values.length / 2);
+      const below = values.slice(0, half);
+      const above = values.slice(values.length - half);
       const inner = members.filter(function (r) { return r[labelColumn] === null || r[labelColumn] === undefined; })
           .map(function (r) { return r[y]; });
       const box = Object.assign({}, members[0], {
@@ -786,8 +867,7 @@
       });
       boxes.push(box);
       for (const r of members) {
-        if (r[labelColumn] !== null && r[labelColumn] !== undefined &&
-            (r[y] < box.lower || r[y] > box.upper)) {
+        if (r[labelColumn] !== null && r[labelColumn] !== undefined) {
           outliers.push(Object.assign({}, r, {caseText: formatNumber(r[labelColumn], null)}));
         }
       }
@@ -842,7 +922,7 @@
         encoding: {x: xChannel, y: Object.assign({field: y}, yChannel),
           tooltip: [{field: y, type: 'quantitative', title: yAxis.title || y},
             {field: 'caseText', title: 'Case'}]}});
-      if (labelVar || !labelVar) {
+      if (labelVar) {
         layers.push({data: {values: outliers},
           mark: {type: 'text', align: 'left', dx: 6, fontSize: 10, color: '#444'},
           encoding: {x: xChannel, y: Object.assign({field: y}, yChannel), text: {field: 'caseText'}}});
@@ -908,11 +988,12 @@
     }
     const swap = !!child(layout, 'swap');
     const positions = new Map();
+    // The first node at the left, going clockwise; swapped, the first at the
+    // top, going counter-clockwise (y grows upwards here).
     present.forEach(function (sample, k) {
-      const angle = -Math.PI / 2 + 2 * Math.PI * k / present.length;
-      const a = Math.cos(angle);
-      const b = Math.sin(angle);
-      positions.set(sample, swap ? {x: b, y: -a} : {x: a, y: b});
+      const step = 2 * Math.PI * k / present.length;
+      const angle = swap ? Math.PI / 2 + step : Math.PI - step;
+      positions.set(sample, {x: Math.cos(angle), y: Math.sin(angle)});
     });
     const nodeRows = present.map(function (sample) {
       const p = positions.get(sample);
@@ -979,7 +1060,7 @@
     const rows = rowsFor(chart, model, [x, y, panelId]).filter(function (r) {
       return r[x] !== null && r[y] !== null && r[panelId] !== null;
     });
-    let order = sortedValues(rows, panelId);
+    let order = sortedValues(rows, panelId, model);
     const orderNode = children(graph, 'categoryOrder').find(function (n) {
       return n.getAttribute('variable') === panelId;
     });
@@ -993,6 +1074,7 @@
     const titleId = titleNode ? titleNode.getAttribute('variable') : null;
     const horizontal = attr(panels, 'bars', 'x') === 'x';
     const invert = attr(panels, 'invert', 'false') === 'true';
+    const alternating = attr(panels, 'alternating', 'false') === 'true';
     const countAxis = axisFor(titles, '', y);
     let sharedMax = 0;
     for (const row of rows) {
@@ -1009,9 +1091,9 @@
       const heading = titleId && first[titleId] !== undefined ? String(first[titleId])
         : display(model.variables.get(panelId), value);
       const countChannel = {field: y, type: 'quantitative', title: countAxis.title,
-        scale: {domain: [0, sharedMax || 1], reverse: invert && i === 0 && horizontal}};
+        scale: {domain: [0, sharedMax || 1], reverse: alternating && i % 2 === 1}};
       const valueChannel = {field: x + '__start', type: 'quantitative', bin: 'binned',
-        title: valueAxis.title};
+        title: valueAxis.title, scale: {reverse: invert}};
       const encoding = horizontal
         ? {y: valueChannel, y2: {field: x + '__end'}, x: countChannel}
         : {x: valueChannel, x2: {field: x + '__end'}, y: countChannel};
@@ -1033,6 +1115,38 @@
     });
     return horizontal ? {hconcat: specs, spacing: 8, resolve: {scale: {y: 'shared'}}}
       : {vconcat: specs, spacing: 8, resolve: {scale: {x: 'shared'}}};
+  }
+
+  // Points, or a line or area through the rows in x order.
+  function plainSpec(chart, model, graph, element, titles) {
+    const x = variableOf(element, 'x');
+    const y = variableOf(element, 'y');
+    const rows = rowsFor(chart, model, [x, y]).filter(function (r) {
+      return r[x] !== null && r[y] !== null;
+    });
+    const xAxis = axisFor(titles, 'x', x);
+    const yAxis = axisFor(titles, 'y', y);
+    const type = element.tagName === 'point' ? 'point' : element.tagName;
+    const popup = popupFor(model, element.tagName);
+    const tip = applyPopup(popup, model, rows, '__tip');
+    const encoding = {
+      x: withDomain(positional(model, rows, x, xAxis.title), xAxis),
+      y: withDomain(positional(model, rows, y, yAxis.title), yAxis),
+      tooltip: tip ? {field: '__tip', type: 'nominal'} : [{field: x, title: xAxis.title || x},
+        {field: y, title: yAxis.title || y}],
+    };
+    const color = colorChannel(model, element, rows);
+    if (color) {
+      encoding.color = color;
+    }
+    if (type !== 'point') {
+      encoding.order = {field: x};
+    }
+    const layers = [{name: type, data: {values: rows},
+      mark: Object.assign({type: type, point: type === 'line'}, markStyle(model, element)),
+      encoding: encoding}];
+    layers.push.apply(layers, lineGuides(model, graph, NaN));
+    return layers;
   }
 
   // ---- The whole chart -----------------------------------------------------
@@ -1081,8 +1195,13 @@
     } else if (elementOf('interval')) {
       body = {layer: intervalSpec(chart, model, graph, elementOf('interval'), titles)};
     } else {
-      const shape = elementOf('area') || elementOf('line');
-      const layers = shape ? distributionSpec(model, graph, shape, titles) : null;
+      const shape = elementOf('area') || elementOf('line') || elementOf('point');
+      let layers = null;
+      if (shape && child(shape, 'distributionStatistic')) {
+        layers = distributionSpec(model, graph, shape, titles);
+      } else if (shape && variableOf(shape, 'x') && variableOf(shape, 'y')) {
+        layers = plainSpec(chart, model, graph, shape, titles);
+      }
       if (!layers) {
         throw new Error('the chart document has no element that can be drawn');
       }
@@ -1107,7 +1226,7 @@
       for (const f of facets) {
         const id = f.getAttribute('variable');
         const v = model.variables.get(id);
-        const order = sortedValues(rows, id).map(function (value) { return display(v, value); });
+        const order = sortedValues(rows, id, model).map(function (value) { return display(v, value); });
         const dim = attr(f, 'dim', 'column') === 'row' ? 'row' : 'column';
         facet[dim] = {field: id + '__text', type: 'nominal', sort: order,
           header: {title: textOf(child(f, 'title')) || (v && v.label) || null, labelLimit: 160}};
