@@ -386,9 +386,21 @@
     }
     const channel = {field: id, type: 'quantitative', title: title};
     if (v && v.format && v.format.type !== 'general') {
-      channel.axis = {labelExpr: axisLabelExpr(v.format)};
+      channel.axis = axisFormat(v.format);
     }
     return channel;
+  }
+
+  // An axis in a variable's format: its labels, and no ticks between the
+  // values the format can tell apart.
+  function axisFormat(format) {
+    const axis = {labelExpr: axisLabelExpr(format)};
+    if (format.type === 'number' && format.decimals !== null) {
+      axis.tickMinStep = Math.pow(10, -format.decimals);
+    } else if (format.type === 'date') {
+      axis.tickMinStep = format.unit === 'days' ? 1 : 86400;
+    }
+    return axis;
   }
 
   // Axis labels in a variable's format, as a vega expression.
@@ -564,6 +576,25 @@
       cases += summed ? (typeof row[y] === 'number' ? row[y] : 0) : 1;
     }
     const count = Math.max(5, Math.round(Math.sqrt(Math.max(cases, 0))));
+    const distinct = sortedValues(rows, x);
+    if (distinct.length <= count) {
+      // No more values than bins (counts of a few values, or bins the engine
+      // made): one bar per value, each spanning half the way to its
+      // neighbours, rather than bins that split or merge values.
+      const grouped = new Map();
+      for (const row of rows) {
+        const key = row[x] + '|' + (split ? row[split] : '');
+        let bin = grouped.get(key);
+        if (!bin) {
+          bin = Object.assign({}, row);
+          bin[y] = 0;
+          grouped.set(key, bin);
+        }
+        bin[y] += summed ? (typeof row[y] === 'number' ? row[y] : 0) : 1;
+      }
+      const binned = Array.from(grouped.values());
+      return {rows: binned, width: addBinEdges(binned, x)};
+    }
     const width = hi > lo ? (hi - lo) / count : 1;
     const start = hi > lo ? lo : lo - width / 2;
     const bins = new Map();
@@ -662,6 +693,7 @@
   // distribution).
   function lineGuides(model, graph, centre) {
     const layers = [];
+    let line = 0; // guides' labels go one under the other
     for (const guide of children(graph, 'lineGuide')) {
       const onX = guide.hasAttribute('x');
       const value = number(guide.getAttribute(onX ? 'x' : 'y'), NaN);
@@ -714,7 +746,7 @@
           : {type: 'text', align: 'right', baseline: 'bottom', dy: -3, fontSize: 11,
             color: style.color || '#333', lineBreak: '\n'},
         encoding: onX
-          ? {x: {field: 'guide', type: 'quantitative'}, y: {value: 0}, text: {field: 'text'}}
+          ? {x: {field: 'guide', type: 'quantitative'}, y: {value: 16 * line++}, text: {field: 'text'}}
           : {y: {field: 'guide', type: 'quantitative'}, x: {value: 'width'}, text: {field: 'text'}},
       });
     }
@@ -751,7 +783,7 @@
       encoding.x2 = {field: x + '__end'};
       const v = model.variables.get(x);
       if (v && v.format && v.format.type !== 'general') {
-        encoding.x.axis = {labelExpr: axisLabelExpr(v.format)};
+        encoding.x.axis = axisFormat(v.format);
       }
     } else {
       encoding.x = withDomain(positional(model, rows, x, xAxis.title), xAxis);
@@ -890,7 +922,7 @@
     const xChannel = positional(model, rows, x, xAxis.title);
     const yChannel = withDomain({type: 'quantitative', title: yAxis.title, scale: {zero: false}}, yAxis);
     if (yFormat) {
-      yChannel.axis = {labelExpr: axisLabelExpr(yFormat)};
+      yChannel.axis = axisFormat(yFormat);
     }
     const style = model.styles.get(attr(element, 'style', '')) || {};
     const color = colorId ? colorChannel(model, element, boxRows) : null;
@@ -999,10 +1031,10 @@
       const p = positions.get(sample);
       const name = labels[sample] === null || labels[sample] === undefined ? String(sample) : String(labels[sample]);
       const value = formatNumber(values[sample], valueVar ? valueVar.format : null);
-      return {x: p.x, y: p.y, name: name, value: value,
+      return {x: p.x, y: p.y, name: name, value: value, text: name + '\n' + value,
         tip: name + '\n' + (valueVar && valueVar.label ? valueVar.label + ': ' : '') + value,
         align: p.x > 0.2 ? 'left' : (p.x < -0.2 ? 'right' : 'center'),
-        lx: p.x * 1.13, ly: p.y * 1.13};
+        lx: p.x * 1.16, ly: p.y * 1.16 + (Math.abs(p.x) <= 0.2 ? 0.1 * Math.sign(p.y) : 0)};
     });
     const edgeRows = rowsFor(chart, model, [variableOf(edgeElement, 'from') || 'from']);
     const fromId = variableOf(edgeElement, 'from') || 'from';
@@ -1035,17 +1067,15 @@
       {name: 'edge', data: {values: edges}, mark: {type: 'rule', strokeWidth: 2.5},
         encoding: edgeEncoding},
       {name: 'node', data: {values: nodeRows},
-        mark: {type: 'point', shape: 'circle', size: 900, filled: true,
+        mark: {type: 'point', shape: 'circle', size: 320, filled: true,
           fill: nodeStyle.fill || '#fff', stroke: nodeStyle.color || '#1f77b4',
           strokeWidth: nodeStyle.width || 2, opacity: 1},
         encoding: {x: Object.assign({field: 'x'}, axis), y: Object.assign({field: 'y'}, axis),
           tooltip: {field: 'tip', type: 'nominal'}}},
-      {data: {values: nodeRows}, mark: {type: 'text', fontSize: 10, fontWeight: 'bold'},
-        encoding: {x: Object.assign({field: 'x'}, axis), y: Object.assign({field: 'y'}, axis),
-          text: {field: 'value'}, tooltip: {field: 'tip', type: 'nominal'}}},
-      {data: {values: nodeRows}, mark: {type: 'text', fontSize: 11, align: {expr: 'datum.align'}},
+      {data: {values: nodeRows}, mark: {type: 'text', fontSize: 11, lineBreak: '\n',
+        align: {expr: 'datum.align'}, baseline: 'middle'},
         encoding: {x: Object.assign({field: 'lx'}, axis), y: Object.assign({field: 'ly'}, axis),
-          text: {field: 'name'}}},
+          text: {field: 'text'}, tooltip: {field: 'tip', type: 'nominal'}}},
     ];
   }
 
@@ -1186,8 +1216,8 @@
     const facets = children(graph, 'facet');
     const elementOf = function (name) { return child(graph, name); };
     if (elementOf('node') && elementOf('edge')) {
-      body = {layer: networkSpec(chart, model, graph), width: Math.min(size.width, 560),
-        height: Math.min(size.width, 420)};
+      const side = Math.min(size.width - 200, 460);
+      body = {layer: networkSpec(chart, model, graph), width: side, height: side};
     } else if (child(graph, 'panels') && elementOf('interval')) {
       body = panelsSpec(chart, model, graph, elementOf('interval'), titles, size.width, size.height);
     } else if (elementOf('schema')) {

@@ -118,6 +118,39 @@ async function drawChart(figure) {
   });
 }
 
+// The fixed text a popup of the chart document starts with (before its
+// first value), and the mark layer that shows it.
+const popupLayers = {schema: 'box_marks', interval: 'bar_marks', edge: 'edge_marks', node: 'node_marks'};
+function popupOf(document) {
+  const match = /<popup\b([^>]*)>/.exec(document);
+  if (!match) {
+    return null;
+  }
+  const target = /\btarget="([^"]*)"/.exec(match[1]);
+  const template = /\btokenTemplate="([^"]*)"/.exec(match[1]);
+  if (!target || !template || !popupLayers[target[1]]) {
+    return null;
+  }
+  const text = template[1].replace(/&#10;/g, '\n').replace(/&lt;/g, '<').replace(/&gt;/g, '>')
+      .replace(/&quot;/g, '"').replace(/&amp;/g, '&');
+  return {layer: popupLayers[target[1]], text: text.split('$[')[0].split('\n')[0].trim()};
+}
+
+// Hovers the first mark of a layer; the tooltip's text.
+async function tooltipOf(page, figure, layer) {
+  const mark = await figure.$(`svg g.${layer} > path, svg g.${layer} > line, svg g.${layer} > rect`);
+  if (!mark) {
+    return null;
+  }
+  await mark.scrollIntoViewIfNeeded();
+  const box = await mark.boundingBox();
+  await page.mouse.move(box.x + box.width / 2, box.y + box.height / 2);
+  const tooltip = await page.waitForSelector('#vg-tooltip-element.visible', {timeout: 5000});
+  const text = await tooltip.innerText();
+  await page.mouse.move(0, 0);
+  return text;
+}
+
 function marksNamed(drawn, suffix) {
   let count = 0;
   for (const [name, n] of Object.entries(drawn.marks)) {
@@ -178,8 +211,8 @@ describe('HTML report in Chromium', () => {
       });
       const summary = expectedTables.find((table) => table.subtype === 'Hypothesis Test Summary');
       if (summary) {
-        const texts = await page.$$eval('section[data-subtype="Hypothesis Test Summary"] tbody tr',
-            (rows) => rows.map((row) => row.textContent));
+        const texts = await page.$eval('section[data-subtype="Hypothesis Test Summary"] tbody',
+            (body) => Array.from(body.rows, (row) => row.textContent));
         assert.equal(texts.length, summary.rows.length);
         summary.rows.forEach((row, i) => {
           for (const cell of row.cells) {
@@ -204,8 +237,14 @@ describe('HTML report in Chromium', () => {
           const groups = distinct(chart.data.boxplotSource.Category);
           assert.equal(marksNamed(drawn, 'box_marks'), groups, `boxes of chart ${i + 1}`);
         }
+        const popup = popupOf(chart.document);
+        if (popup) {
+          const shown = await tooltipOf(page, figures[i], popup.layer);
+          assert.ok(shown, `chart ${i + 1} (${chart.template}) shows a tooltip`);
+          assert.ok(shown.includes(popup.text), `tooltip of chart ${i + 1}: "${shown}" shows "${popup.text}"`);
+        }
         if (chart.template === 'GLMMPairwiseContrasts.viztemplate') {
-          const samples = chart.data.nodeSource_1.node.length;
+          const samples = distinct(chart.data.nodeSource_1.node.map((value, i) => (value === null ? null : i)));
           assert.equal(marksNamed(drawn, 'node_marks'), samples, `nodes of chart ${i + 1}`);
         }
       }
@@ -218,7 +257,12 @@ describe('HTML report in Chromium', () => {
             .map((frame) => frame.querySelector('caption').textContent));
       assert.deepEqual(overflowing, [], 'tables wider than the page');
 
+      // Screenshots: the whole page (every item laid out) and each chart.
+      await page.addStyleTag({content: '.item { content-visibility: visible !important; }'});
       await page.screenshot({path: join(artifacts, `${run.name}.png`), fullPage: true});
+      for (let i = 0; i < figures.length; ++i) {
+        await figures[i].screenshot({path: join(artifacts, `${run.name}-chart-${i + 1}.png`)});
+      }
       await page.close();
       assert.deepEqual(problems, []);
     });
