@@ -4,22 +4,20 @@
 
 #include <string>
 
-#include "backend/nonpar/NOPROutputStats.h"
+#include "backend/nonpar/NOPRHistogramChart.h"
 
 class FacSTDictionary;
 
-class FieldInformation {
+class FieldInformation : public NOPRHistogramChart {
 public:
     FieldInformation(FacSTDictionary* dictionary, NOPROutputStats* stats, bool isCategorical)
-        : fDictionary(dictionary), fStats(stats), fIsCategorical(isCategorical) {}
-    virtual ~FieldInformation() = default;
-    void SetFieldIndex(int index) { fFieldIndex = index; }
-    // Sends the chart when the field is of this chart's kind; true when sent.
-    virtual bool MakeChart(const std::string& suffix, bool appendSuffix);
+        : NOPRHistogramChart(dictionary, stats, nullptr, false), fIsCategorical(isCategorical) {}
+    ~FieldInformation() override = default;
+    // The field's record when it is of this chart's kind; sets the title.
+    const NOPROutputStats::FieldInfoRecord* GetHistogramRecord() override;
+    void CustomizeTemplate(std::string& text) override;
+    void CustomizeDocument(XDocument& document) override;
 
 protected:
-    FacSTDictionary* fDictionary;
-    NOPROutputStats* fStats;
     bool fIsCategorical;
-    int fFieldIndex = -1;
 };

@@ -286,6 +286,8 @@ public:
         double fStdDev = kCFSysmis;
         bool fOrdinalAsContinuous = false;
         NumericTableData fDistribution;
+        // How the distribution was binned; the engine writes "Interval".
+        std::string fBinning = "Interval";
     };
 
     NOPROutputStats();

@@ -4,22 +4,29 @@
 
 #include <string>
 
-#include "backend/nonpar/NOPROutputStats.h"
+#include "backend/nonpar/NOPRChartContext.h"
 
 class FacSTDictionary;
 
-class NOPRPairwiseChart {
+class NOPRPairwiseChart final : public NOPRChartContext {
 public:
     NOPRPairwiseChart(FacSTDictionary* dictionary, NOPROutputStats* stats,
                       const NOPROutputStats::BaseHypothesisTest* test,
-                      const NOPROutputStats::MultipleComparison* comparison)
-        : fDictionary(dictionary), fStats(stats), fTest(test), fComparison(comparison) {}
+                      const NOPROutputStats::MultipleComparison* comparison);
     // Sends the chart; true when sent.
     bool MakeChart(const std::string& suffix, bool appendSuffix);
 
-protected:
-    FacSTDictionary* fDictionary;
-    NOPROutputStats* fStats;
+    // The edge type of a pair: 1 when its adjusted significance is below the
+    // level, else 2.
+    static double EdgeType(double adjustedSignificance, double level);
+
+private:
+    // The name of sample `sample` (a category of the grouping field for
+    // independent samples, a field for related samples).
+    ChartString SampleName(int sample) const;
+
     const NOPROutputStats::BaseHypothesisTest* fTest;
     const NOPROutputStats::MultipleComparison* fComparison;
+    int fTestField = -1;
+    int fGroupField = -1;
 };

@@ -3,6 +3,7 @@
 // read from the string tables of the procedure.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -21,10 +22,17 @@ public:
     // procedure has none. Tables are read once per process and shared.
     bool SetProcedure(std::string_view procedure);
 
-    // The text of a key; a key without an entry gives the key itself.
+    // The text of a key; a key without an entry gives the key itself. A key
+    // of digits only (a message code) without an entry gives the text of the
+    // entry "@message" with "^1" filled with the code, when there is one.
     std::string LookUp(std::string_view key) const;
-    // Whether the key has an entry.
+    // Whether the key has an entry of its own.
     bool Has(std::string_view key) const;
+
+    // Called, in every dictionary of the process, with each key looked up
+    // that has no entry of its own (tests use it to find missing texts); an
+    // empty function stops it.
+    static void SetMissRecorder(std::function<void(std::string_view)> recorder);
 
     using Table = std::unordered_map<std::string, std::string>;
 

@@ -1,0 +1,347 @@
+// One run of nptests: builds the splits and the data source, loads the
+// module, has it write its output tree, and renders that tree.
+#include "app/Run.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <memory>
+#include <set>
+#include <string>
+#include <vector>
+
+#include <nlohmann/json.hpp>
+
+#include "app/CommandCheck.h"
+#include "app/DataSourceBuilder.h"
+#include "app/DumpJson.h"
+#include "app/ModuleLoader.h"
+#include "app/Options.h"
+#include "app/SplitPlan.h"
+#include "host/bp/BpOutput.h"
+#include "host/cf/CFDump.h"
+#include "host/cf/CFErrorChannel.h"
+#include "host/cf/CFProcCustom.h"
+#include "host/fac/FacSTDictionary.h"
+#include "host/parser/CommandParser.h"
+#include "host/parser/CommandSpec.h"
+#include "host/parser/NPTestsGrammar.h"
+#include "host/parser/ParserMessage.h"
+#include "host/vexa/VEXA_DataSource.h"
+#include "render/Renderer.h"
+
+namespace {
+constexpr const char* kProcedureTitle = "Nonparametric Tests";
+
+bool ReadFile(const std::string& path, std::string& text, std::string& error) {
+    std::error_code ec;
+    if (std::filesystem::is_directory(path, ec)) {
+        error = "is a directory";
+        return false;
+    }
+    std::ifstream in(path, std::ios::binary);
+    if (!in) {
+        error = std::strerror(errno);
+        return false;
+    }
+    text.assign(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+    if (in.bad()) {
+        error = "read error";
+        return false;
+    }
+    return true;
+}
+
+bool WriteOutput(const std::string& path, const std::string& text) {
+    if (path.empty()) {
+        return std::fwrite(text.data(), 1, text.size(), stdout) == text.size() &&
+               std::fflush(stdout) == 0;
+    }
+    std::ofstream out(path, std::ios::binary | std::ios::trunc);
+    if (!out) {
+        std::cerr << "nptests: cannot write " << path << ": " << std::strerror(errno) << "\n";
+        return false;
+    }
+    out.write(text.data(), static_cast<std::streamsize>(text.size()));
+    out.close();
+    if (!out) {
+        std::cerr << "nptests: cannot write " << path << "\n";
+        return false;
+    }
+    return true;
+}
+
+// The splits to run, from the documents on the command line or the --splits
+// file; false after a usage message.
+bool PlanSplits(const Options& options, SplitPlan& plan) {
+    if (options.fSplitsFile.empty()) {
+        plan.fHeading = true;
+        for (const std::string& document : options.fDocuments) {
+            plan.fSplits.push_back({document, {}});
+        }
+        return true;
+    }
+    std::string text, error;
+    if (!ReadFile(options.fSplitsFile, text, error)) {
+        std::cerr << "nptests: cannot read " << options.fSplitsFile << ": " << error << "\n";
+        return false;
+    }
+    if (!ReadSplitPlan(options.fSplitsFile, text, plan, error)) {
+        std::cerr << "nptests: " << options.fSplitsFile << ": " << error << "\n";
+        return false;
+    }
+    return true;
+}
+
+// Reads the documents in order; stops at the first that cannot be read and
+// returns how many were read (each message reported).
+size_t ReadDocuments(const SplitPlan& plan, std::vector<CFSplitDocument>& splits) {
+    splits.resize(plan.fSplits.size());
+    for (size_t i = 0; i < plan.fSplits.size(); ++i) {
+        std::string error;
+        splits[i].fSource = plan.fSplits[i].fDocument;
+        splits[i].fHeading = plan.fHeading;
+        splits[i].fSplitValues = plan.fSplits[i].fValues;
+        if (!ReadFile(plan.fSplits[i].fDocument, splits[i].fResultDocument, error)) {
+            CFErrorChannel::Error("cannot read " + plan.fSplits[i].fDocument + ": " + error);
+            return i;
+        }
+    }
+    return splits.size();
+}
+
+// The split variables by index in the data source; false after a usage message.
+bool ResolveSplitVariables(const SplitPlan& plan, const VEXA_DataSource& dataSource,
+                           std::vector<CFSplitDocument>& splits) {
+    std::vector<int> indices;
+    for (const std::string& name : plan.fVariables) {
+        const int index = dataSource.FindVarIndex(name);
+        if (index < 0) {
+            std::cerr << "nptests: the split variable " << name << " is not a variable of "
+                      << plan.fSplits.front().fDocument << "\n";
+            return false;
+        }
+        indices.push_back(index);
+    }
+    for (CFSplitDocument& split : splits) {
+        split.fSplitVariables = indices;
+    }
+    return true;
+}
+
+// Keys looked up without an entry, listed after the run.
+class MissingStrings final {
+public:
+    explicit MissingStrings(bool on) : fOn(on) {
+        if (fOn) {
+            FacSTDictionary::SetMissRecorder([this](std::string_view key) {
+                if (key.find_first_not_of(" ") != std::string_view::npos) {
+                    fKeys.emplace(key);
+                }
+            });
+        }
+    }
+    ~MissingStrings() {
+        if (!fOn) {
+            return;
+        }
+        FacSTDictionary::SetMissRecorder({});
+        for (const std::string& key : fKeys) {
+            std::string shown;
+            for (char c : key) {
+                shown += c == '\n' ? std::string("\\n") : std::string(1, c);
+            }
+            std::cerr << "nptests: no text for the key \"" << shown << "\"\n";
+        }
+    }
+    MissingStrings(const MissingStrings&) = delete;
+    MissingStrings& operator=(const MissingStrings&) = delete;
+
+private:
+    bool fOn;
+    std::set<std::string> fKeys;
+};
+
+int DumpModels(const std::vector<CFDump>& dumps, const std::vector<CFSplitDocument>& splits,
+               const Options& options, bool ok) {
+    nlohmann::ordered_json out = nlohmann::ordered_json::array();
+    for (size_t i = 0; i < dumps.size() && i < splits.size(); ++i) {
+        nlohmann::ordered_json entry = nlohmann::ordered_json::object();
+        entry["document"] = splits[i].fSource;
+        entry["model"] = DumpToJson(dumps[i]);
+        out.push_back(std::move(entry));
+    }
+    if (!WriteOutput(options.fOutput, out.dump(2) + "\n")) {
+        return kExitUsage;
+    }
+    return ok ? kExitOk : kExitRejected;
+}
+
+// The data source: from the dictionary file when one is given, else from the
+// first readable document. Null after a usage message; a first document that
+// is not a result document gives an empty data source and no readable split.
+std::unique_ptr<VEXA_DataSource> BuildDataSource(const Options& options,
+                                                 const std::vector<CFSplitDocument>& splits,
+                                                 size_t& readable) {
+    std::string text, error;
+    if (!options.fDictionaryFile.empty()) {
+        if (!ReadFile(options.fDictionaryFile, text, error)) {
+            std::cerr << "nptests: cannot read " << options.fDictionaryFile << ": " << error
+                      << "\n";
+            return nullptr;
+        }
+        std::unique_ptr<VEXA_DataSource> source = DataSourceFromDictionary(text, error);
+        if (!source) {
+            std::cerr << "nptests: " << options.fDictionaryFile << " is not a dictionary: " << error
+                      << "\n";
+        }
+        return source;
+    }
+    if (splits.empty()) {
+        std::cerr << "nptests: --check-command needs the variables of the data: give "
+                     "--dictionary FILE or a result document\n";
+        return nullptr;
+    }
+    std::unique_ptr<VEXA_DataSource> source;
+    if (readable > 0) {
+        source = DataSourceFromDocument(splits.front().fResultDocument, error);
+        if (!source) {
+            CFErrorChannel::Error(splits.front().fSource + " is not a result document: " + error);
+            readable = 0;
+        }
+    }
+    return source ? std::move(source) : std::make_unique<VEXA_DataSource>();
+}
+
+// The parsed command; null after a usage message.
+std::unique_ptr<CommandSpec> ParseCommand(const Options& options, const VEXA_DataSource& dataSource,
+                                          const CommandDescriptor& grammar) {
+    std::string text = options.fCommand;
+    std::string error;
+    if (!text.empty() && text.front() == '@' &&
+        !ReadFile(options.fCommand.substr(1), text, error)) {
+        std::cerr << "nptests: cannot read " << options.fCommand.substr(1) << ": " << error << "\n";
+        return nullptr;
+    }
+    ParserMessage syntax;
+    std::unique_ptr<CommandSpec> command = CommandParser(grammar, &dataSource).Parse(text, syntax);
+    if (!command) {
+        std::cerr << syntax.GetErrorText() << "\n";
+    }
+    return command;
+}
+
+// Runs the readable splits; false when the module rejected one (reported).
+bool ProduceSplits(CFProcCustom& procedure, std::vector<CFSplitDocument>& splits, size_t readable) {
+    if (readable == 0) {
+        return false;
+    }
+    std::vector<CFSplitDocument> run(
+        std::make_move_iterator(splits.begin()),
+        std::make_move_iterator(splits.begin() + static_cast<std::ptrdiff_t>(readable)));
+    std::vector<std::string> models;
+    const bool ok = procedure.ProduceOutput(models, run);
+    if (!ok) {
+        std::string rejected = run.front().fSource;
+        for (const CFSplitDocument& split : run) {
+            if (split.WasRead()) {
+                rejected = split.fSource;
+            }
+        }
+        CFErrorChannel::Error(rejected + ": not a readable nonparametric-tests result document");
+    }
+    std::move(run.begin(), run.end(), splits.begin());
+    return ok && readable == splits.size();
+}
+} // namespace
+
+int Run(const Options& options) {
+    SplitPlan plan;
+    if (!PlanSplits(options, plan)) {
+        return kExitUsage;
+    }
+    CFErrorChannel::Clear();
+    CFErrorChannel::SetListener(
+        [](const CFMessage& message) { std::cerr << "nptests: " << message.fText << "\n"; });
+
+    std::vector<CFSplitDocument> splits;
+    size_t readable = ReadDocuments(plan, splits);
+    std::unique_ptr<VEXA_DataSource> dataSource = BuildDataSource(options, splits, readable);
+    if (!dataSource) {
+        return kExitUsage;
+    }
+    if (readable > 0 && !ResolveSplitVariables(plan, *dataSource, splits)) {
+        return kExitUsage;
+    }
+    if (options.fCheckCommand && !splits.empty() && readable == 0) {
+        return kExitRejected;
+    }
+    CommandDescriptor grammar = NPTestsCommandDescriptor();
+    const std::unique_ptr<CommandSpec> command = ParseCommand(options, *dataSource, grammar);
+    if (!command) {
+        return kExitUsage;
+    }
+
+    if (options.fNoCharts) {
+        // The module's own switch: "2" turns every chart off.
+        setenv("DEBUG_MODEL_VIEWER", "2", 1);
+    }
+    ModuleLoader loader;
+    if (!loader.Load(options.fModule.empty() ? ModuleLoader::DefaultPath() : options.fModule)) {
+        std::cerr << "nptests: " << loader.Error() << "\n";
+        return kExitUsage;
+    }
+    std::unique_ptr<CFProcCustom> procedure = loader.Create();
+    if (!procedure) {
+        std::cerr << "nptests: " << loader.Error() << "\n";
+        return kExitUsage;
+    }
+    procedure->fDataSource = dataSource.get();
+
+    const size_t earlier = CFErrorChannel::Messages().size();
+    const bool commandOk = procedure->ReadCommand(command.get(), &grammar);
+    if (options.fCheckCommand) {
+        std::vector<CFMessage> messages = CFErrorChannel::Messages();
+        messages.erase(messages.begin(), messages.begin() + static_cast<std::ptrdiff_t>(earlier));
+        std::cout << CommandCheckJson(commandOk, *procedure, *dataSource, messages).dump(2) << "\n";
+        return commandOk ? kExitOk : kExitUsage;
+    }
+    if (!commandOk) {
+        std::cerr << "nptests: the " << grammar.getCommandName() << " command cannot be run\n";
+        return kExitUsage;
+    }
+
+    const MissingStrings missing(options.fMissingStrings);
+    FacSTDictionary dictionary(PathFactory::getPathInstance(PathFactory::kStrings));
+    if (!dictionary.SetProcedure(kProcedureTitle)) {
+        std::cerr << "nptests: warning: no string table in "
+                  << PathFactory::getPathInstance(PathFactory::kStrings).getPath()
+                  << "; texts show as their keys\n";
+    }
+    BpProcedure output(kProcedureTitle, &dictionary, dataSource.get());
+    procedure->fProcedure = &output;
+    std::vector<CFDump> dumps;
+    if (options.fDumpModel) {
+        procedure->fModelDumps = &dumps;
+    }
+    const bool ok = ProduceSplits(*procedure, splits, readable);
+    procedure.reset();
+
+    if (options.fDumpModel) {
+        return DumpModels(dumps, splits, options, ok);
+    }
+    const std::unique_ptr<Renderer> renderer = Renderer::Make(options.fFormat);
+    if (!renderer) {
+        std::cerr << "nptests: this output format is not available yet\n";
+        return kExitUsage;
+    }
+    if (!WriteOutput(options.fOutput,
+                     renderer->Render(output.Root(), CFErrorChannel::Messages()))) {
+        return kExitUsage;
+    }
+    return ok ? kExitOk : kExitRejected;
+}

@@ -1,1 +1,0 @@
-// Rendering of the output tree (text, JSON, HTML).

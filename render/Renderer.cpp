@@ -1,0 +1,32 @@
+// Choosing a renderer by format.
+#include "render/Renderer.h"
+
+#include "render/JsonRenderer.h"
+#include "render/TextRenderer.h"
+
+Renderer::~Renderer() = default;
+
+std::unique_ptr<Renderer> Renderer::Make(Format format) {
+    switch (format) {
+    case kText:
+        return std::make_unique<TextRenderer>();
+    case kJson:
+        return std::make_unique<JsonRenderer>();
+    case kHtml:
+        break;
+    }
+    return nullptr;
+}
+
+std::optional<Renderer::Format> Renderer::FormatNamed(std::string_view name) {
+    if (name == "text") {
+        return kText;
+    }
+    if (name == "json") {
+        return kJson;
+    }
+    if (name == "html") {
+        return kHtml;
+    }
+    return std::nullopt;
+}
