@@ -11,8 +11,9 @@
 
 #include "host/bp/BpTree.h"
 #include "host/cf/CFErrorChannel.h"
+#include "render/Renderer.h"
 
-class HtmlRenderer final {
+class HtmlRenderer final : public Renderer {
 public:
     // Reads report.css, the vega builds and charts.js from `webFolder`.
     explicit HtmlRenderer(std::string webFolder);
@@ -26,7 +27,8 @@ public:
     // title) and the host's messages. The chart libraries go into the page
     // only when the output holds a chart; a renderer that is not Ready()
     // writes its charts as a line saying that they cannot be drawn.
-    std::string Render(const BpHeadingNode& root, const std::vector<CFMessage>& messages) const;
+    std::string Render(const BpHeadingNode& root,
+                       const std::vector<CFMessage>& messages) const override;
 
     // The web folder: "web" under NPTESTS_RESOURCES when that is set, else
     // the one the build fills.

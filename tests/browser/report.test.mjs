@@ -51,11 +51,18 @@ export async function launchBrowser() {
   };
 }
 
-// The example runs: each document alone, and the split documents together as
-// their splits file describes them.
+// The example runs: each document alone (with its command where it has one),
+// and the split documents together as their splits file describes them.
 function exampleRuns() {
   const documents = readdirSync(examplesDir).filter((name) => name.endsWith('.xml')).sort();
-  const runs = documents.map((name) => ({name: basename(name, '.xml'), args: [join(examplesDir, name)]}));
+  const runs = documents.map((name) => {
+    const args = [join(examplesDir, name)];
+    const command = join(examplesDir, `${basename(name, '.xml')}.command`);
+    if (existsSync(command)) {
+      args.push('-c', `@${command}`);
+    }
+    return {name: basename(name, '.xml'), args};
+  });
   if (existsSync(join(examplesDir, 'splits.json'))) {
     runs.push({name: 'splits', args: ['--splits', join(examplesDir, 'splits.json')]});
   }
