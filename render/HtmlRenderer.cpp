@@ -546,10 +546,13 @@ std::string HtmlRenderer::Render(const BpHeadingNode& root,
     out += "</head>\n<body>\n<header class=\"report-header\"><h1>";
     AppendEscaped(out, title);
     out += "</h1></header>\n<div class=\"report\">\n";
-    AppendOutline(out, entries);
     out += "<main>\n";
     AppendMessages(out, messages);
     AppendBody(out, entries, fScripts.empty() ? fError : std::string());
-    out += "</main>\n</div>\n</body>\n</html>\n";
+    out += "</main>\n";
+    // The outline follows the output in the page (the style puts it first on
+    // the screen), so that a long outline does not hold up the first screen.
+    AppendOutline(out, entries);
+    out += "</div>\n</body>\n</html>\n";
     return out;
 }
