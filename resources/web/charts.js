@@ -1243,7 +1243,8 @@
       config: {
         font: 'DejaVu Sans, Segoe UI, Roboto, Helvetica Neue, Arial, sans-serif',
         view: {stroke: '#d0d4da'},
-        axis: {labelFontSize: 11, titleFontSize: 12, titleFontWeight: 'normal', gridColor: '#eceff3'},
+        axis: {labelFontSize: 11, titleFontSize: 12, titleFontWeight: 'normal', gridColor: '#eceff3',
+          labelOverlap: true},
         legend: {labelFontSize: 11, titleFontSize: 12, titleFontWeight: 'normal'},
         header: {labelFontSize: 11, titleFontSize: 12, titleFontWeight: 'normal'},
       },
