@@ -842,7 +842,7 @@
       layers.push({
         name: 'fit',
         data: {values: curve(dist, lo, hi, total * (dist.kind === 'poisson' ? 1 : binWidth), x + '__start', y)},
-        mark: {type: dist.kind === 'poisson' ? 'line' : 'line', color: style.color || '#d62728',
+        mark: {type: 'line', color: style.color || '#d62728',
           strokeWidth: style.width || 2, interpolate: dist.kind === 'poisson' ? 'step' : 'monotone'},
         encoding: {x: {field: x + '__start', type: 'quantitative'},
           y: {field: y, type: 'quantitative'}},
@@ -1110,8 +1110,7 @@
     for (const row of rows) {
       sharedMax = Math.max(sharedMax, row[y]);
     }
-    const binWidth = addBinEdges(rows, x);
-    void binWidth;
+    addBinEdges(rows, x);
     const palette = (child(element, 'color') && child(element, 'color').getAttribute('palette') || '')
         .split(/\s+/).filter(Boolean);
     const specs = order.map(function (value, i) {

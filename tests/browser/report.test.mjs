@@ -12,44 +12,18 @@
 import {after, before, describe, test} from 'node:test';
 import assert from 'node:assert/strict';
 import {execFileSync} from 'node:child_process';
-import {existsSync, mkdirSync, mkdtempSync, readdirSync, rmSync} from 'node:fs';
-import {tmpdir} from 'node:os';
+import {existsSync, mkdirSync, readdirSync} from 'node:fs';
 import {basename, dirname, join, resolve} from 'node:path';
 import {fileURLToPath, pathToFileURL} from 'node:url';
 
-import {chromium} from 'playwright-core';
 import {HtmlValidate, FileSystemConfigLoader} from 'html-validate';
+
+import {browserPath, launchBrowser, width} from './chromium.mjs';
 
 const sourceDir = resolve(dirname(fileURLToPath(import.meta.url)), '..', '..');
 const binary = process.env.NPTESTS_BINARY || join(sourceDir, 'build/release/bin/nptests');
-const browserPath = process.env.NPTESTS_CHROMIUM || '/usr/bin/chromium';
 const examplesDir = join(sourceDir, 'examples');
 const artifacts = join(sourceDir, 'tests/artifacts/browser');
-const width = 1280;
-
-export const launchArgs = [
-  '--headless', '--no-sandbox', '--disable-gpu', '--disable-quic', '--no-first-run',
-  '--disable-background-networking', '--disable-component-update', '--disable-sync',
-];
-
-// A fresh profile in a temporary folder; the browser playwright-core would
-// download is never used.
-export async function launchBrowser() {
-  const profile = mkdtempSync(join(tmpdir(), 'nptests-chromium-'));
-  const context = await chromium.launchPersistentContext(profile, {
-    executablePath: browserPath,
-    headless: true,
-    args: launchArgs,
-    viewport: {width, height: 900},
-  });
-  return {
-    context,
-    async close() {
-      await context.close();
-      rmSync(profile, {recursive: true, force: true});
-    },
-  };
-}
 
 // The example runs: each document alone (with its command where it has one),
 // and the split documents together as their splits file describes them.
