@@ -46,6 +46,8 @@ bool ParseOptions(int argc, char** argv, Options& options, int& exitCode) {
     app.add_option("-o,--output", options.fOutput, "where to write (default: standard output)")
         ->type_name("FILE");
     app.add_flag("--no-charts", options.fNoCharts, "tables only");
+    app.add_flag("--colors-only", options.fColorsOnly,
+                 "charts tell series apart by colour alone, without fill patterns");
     app.add_flag("--dump-model", options.fDumpModel,
                  "print what was read from each document as JSON (a debugging aid)");
     app.add_flag("--missing-strings", options.fMissingStrings,

@@ -15,6 +15,7 @@ struct Options {
     Renderer::Format fFormat = Renderer::kText;
     std::string fOutput;          // empty: standard output
     bool fNoCharts = false;       // tables only
+    bool fColorsOnly = false;     // charts tell series apart by colour alone
     bool fDumpModel = false;      // print what was read instead of rendering
     bool fMissingStrings = false; // list the text keys without an entry
     std::string fModule;          // empty: the module next to the program

@@ -26,6 +26,7 @@
 #include "host/cf/CFDump.h"
 #include "host/cf/CFErrorChannel.h"
 #include "host/cf/CFProcCustom.h"
+#include "host/chart/XDocument.h"
 #include "host/fac/FacSTDictionary.h"
 #include "host/parser/CommandParser.h"
 #include "host/parser/CommandSpec.h"
@@ -290,6 +291,7 @@ int Run(const Options& options) {
         // The module's own switch: "2" turns every chart off.
         setenv("DEBUG_MODEL_VIEWER", "2", 1);
     }
+    XDocument::setUseColorsOnly(options.fColorsOnly);
     ModuleLoader loader;
     if (!loader.Load(options.fModule.empty() ? ModuleLoader::DefaultPath() : options.fModule)) {
         std::cerr << "nptests: " << loader.Error() << "\n";

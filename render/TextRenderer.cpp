@@ -396,8 +396,11 @@ public:
         Separate();
         fOut += "[chart] ";
         fOut += OneLine(chart.fTitle);
-        fOut += " \u2014 ";
-        fOut += OneLine(chart.fDescription);
+        // The description repeats the title unless it names a split.
+        if (!chart.fDescription.empty() && chart.fDescription != chart.fTitle) {
+            fOut += " \u2014 ";
+            fOut += OneLine(chart.fDescription);
+        }
         EndLine(fOut);
     }
 

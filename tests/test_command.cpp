@@ -2,6 +2,8 @@
 // ReadCommand through the real parser, and nptests --command/--check-command.
 #include <gtest/gtest.h>
 
+#include "RunCommand.h"
+
 #include <sys/wait.h>
 
 #include <cstdlib>
@@ -373,48 +375,15 @@ TEST_F(ReadCommandTest, WithoutACommandNothingChanges) {
     EXPECT_EQ(fProc.fMCSamples, 3);
 }
 
-// The binary, run through the shell; standard output and error in files.
-struct BinaryRun {
-    int fStatus = -1;
-    std::string fOut;
-    std::string fErr;
-};
-
-std::string ShellQuote(const std::string& text) {
-    std::string quoted = "'";
-    for (char c : text) {
-        quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
-    }
-    return quoted + "'";
-}
-
-std::string Slurp(const std::string& path) {
-    std::ifstream in(path);
-    std::stringstream buffer;
-    buffer << in.rdbuf();
-    return buffer.str();
-}
-
-BinaryRun RunNptests(const std::vector<std::string>& args) {
-    const std::string base = ::testing::TempDir() + "nptests_command_run";
-    std::string command = ShellQuote(NPTESTS_BINARY);
-    for (const std::string& arg : args) {
-        command += ' ';
-        command += ShellQuote(arg);
-    }
-    command += " >" + base + ".out 2>" + base + ".err";
-    BinaryRun run;
-    const int status = std::system(command.c_str());
-    run.fStatus = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    run.fOut = Slurp(base + ".out");
-    run.fErr = Slurp(base + ".err");
-    return run;
+// The binary, run from the source folder.
+CommandResult RunNptests(const std::vector<std::string>& args) {
+    return ::RunNptests(std::string(NPTESTS_SOURCE_DIR), args);
 }
 
 const std::string kData = std::string(NPTESTS_SOURCE_DIR) + "/tests/data/";
 
 TEST(NptestsCommand, MalformedCommandsExitWithTwoAndQuoteTheWord) {
-    BinaryRun run =
+    CommandResult run =
         RunNptests({"--check-command", "--dictionary", kData + "dictionary.json", "--command",
                     "NPTESTS /ONESAMPLE TEST(score) KOLMOGOROV_SMIRNOV(NORML)"});
     EXPECT_EQ(run.fStatus, 2);
@@ -436,8 +405,8 @@ TEST(NptestsCommand, MalformedCommandsExitWithTwoAndQuoteTheWord) {
 }
 
 TEST(NptestsCommand, CheckCommandPrintsWhatTheCommandYields) {
-    BinaryRun run = RunNptests({"--check-command", "--dictionary", kData + "dictionary.json",
-                                "--command", "@" + kData + "ks_normal_sample.cmd"});
+    CommandResult run = RunNptests({"--check-command", "--dictionary", kData + "dictionary.json",
+                                    "--command", "@" + kData + "ks_normal_sample.cmd"});
     ASSERT_EQ(run.fStatus, 0) << run.fErr;
     const auto out = nlohmann::json::parse(run.fOut);
     EXPECT_EQ(out["result"], true);

@@ -121,6 +121,36 @@ TEST(Nptests, WritesTheChosenFormatToAFile) {
     EXPECT_EQ(text.fOut.find("[chart]"), std::string::npos);
 }
 
+TEST(Nptests, ColoursOnlyKeepsTheFacetChartsColours) {
+    auto mcNemarDocuments = [](const std::vector<std::string>& extra) {
+        std::vector<std::string> arguments{"-f", "json", "related_samples.xml"};
+        arguments.insert(arguments.end(), extra.begin(), extra.end());
+        const CommandResult run = RunNptests(NPTESTS_EXAMPLES_DIR, arguments);
+        EXPECT_EQ(run.fStatus, 0) << run.fErr;
+        std::vector<std::string> documents;
+        std::vector<nlohmann::json> stack{nlohmann::json::parse(run.fOut)};
+        while (!stack.empty()) {
+            nlohmann::json item = std::move(stack.back());
+            stack.pop_back();
+            if (item.value("title", "") == "Related-Samples McNemar Change Test") {
+                documents.push_back(item["document"]);
+            }
+            for (auto& child : item.value("items", nlohmann::json::array())) {
+                stack.push_back(std::move(child));
+            }
+        }
+        return documents;
+    };
+    const std::vector<std::string> patterned = mcNemarDocuments({});
+    const std::vector<std::string> coloured = mcNemarDocuments({"--colors-only"});
+    ASSERT_EQ(patterned.size(), 1u);
+    ASSERT_EQ(coloured.size(), 1u);
+    // The McNemar chart draws its series with patterns unless colours alone
+    // are asked for.
+    EXPECT_NE(patterned.front().find("<pattern"), std::string::npos);
+    EXPECT_EQ(coloured.front().find("<pattern"), std::string::npos);
+}
+
 TEST(Nptests, RejectsUsageErrorsWithStatus2) {
     const fs::path folder = MakeFolder("nptests_usage");
     WriteSplits(folder / "splits.json", {"a.xml"});
