@@ -822,6 +822,19 @@
       mark.stroke = '#444';
     }
     const layers = [{name: 'bar', data: {values: rows}, mark: mark, encoding: encoding}];
+    // <label variable="V">: the value of V written above each bar.
+    const labelNode = child(element, 'label');
+    const labelStyle = labelNode ? model.styles.get(attr(labelNode, 'style', '')) || {} : null;
+    if (labelNode && labelNode.getAttribute('variable') && labelStyle.visible !== false &&
+        !binned && position !== 'stack') {
+      const labelId = labelNode.getAttribute('variable');
+      const labelEncoding = Object.assign({}, encoding, {text: {field: labelId + '__text'}});
+      delete labelEncoding.color;
+      delete labelEncoding.tooltip;
+      layers.push({data: {values: rows},
+        mark: {type: 'text', baseline: 'bottom', dy: -2, fontSize: 10, color: labelStyle.color || '#333'},
+        encoding: labelEncoding});
+    }
 
     // A fitted distribution drawn over the bars (<line> with a
     // <distributionStatistic>), scaled to the counts.

@@ -121,6 +121,25 @@ describe('chart mapping', () => {
     assert.notEqual(encoding.y.stack, null);
   });
 
+  test('dodged bars show relabelled categories, value labels and the popup', async () => {
+    const document = template('NPARChiSquareTest.viztemplate')
+        .replace('<y variable="Frequency"/>', '<y variable="Frequency"/><label variable="Frequency"/>')
+        .replace('<variable id="Type" type="number" categorical="true"/>',
+            '<variable id="Type" type="number" categorical="true"><relabel value="0" text="Observed"/>' +
+            '<relabel value="1" text="Hypothesized"/></variable>')
+        .replace('<popup ', () => '<popup tokenTemplate="Grade=$[category]$&#10;Residual=$[residual]$" ');
+    const data = {graphSource: {Category: [1, 1, 2, 2], Frequency: [12, 10, 8, 10], Observed: [12, 12, 8, 8],
+      Hypothesized: [10, 10, 10, 10], Type: [0, 1, 0, 1], Residual: [2, 2, -2, -2]}};
+    const {spec} = await toSpec({title: 'C', data, document});
+    const bar = layerNamed(spec, 'bar');
+    assert.deepEqual(bar.encoding.color.scale.domain, ['Observed', 'Hypothesized']);
+    assert.equal(bar.encoding.xOffset.field, 'Type__text');
+    assert.equal(bar.encoding.y.stack, null);
+    assert.deepEqual(bar.data.values.map((row) => row.__tip).slice(2), ['Grade=2\nResidual=-2', 'Grade=2\nResidual=-2']);
+    const labels = spec.layer.find((layer) => layer.mark.type === 'text');
+    assert.equal(labels.encoding.text.field, 'Frequency__text');
+  });
+
   test('patterns tell series apart when colours alone are not wanted', async () => {
     const document = template('FacetBarChart.viztemplate').replace('<color', '<pattern');
     const data = {graphSource: {CellText: [0, 0, 1, 1], Column: [0, 1, 0, 1], Category: [0, 1, 0, 1],
