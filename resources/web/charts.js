@@ -212,7 +212,7 @@
       return String(value);
     }
     if (!format) {
-      return String(Math.round(value * 1e6) / 1e6);
+      return String(Math.round(value * 1e3) / 1e3);
     }
     let text;
     if (format.type === 'date' || format.type === 'time' || format.type === 'datetime') {
@@ -227,7 +227,7 @@
         useGrouping: format.grouping,
       });
     } else {
-      text = value.toLocaleString('en-US', {maximumFractionDigits: 6, useGrouping: format.grouping});
+      text = value.toLocaleString('en-US', {maximumFractionDigits: 3, useGrouping: format.grouping});
     }
     return format.prefix + text + format.suffix;
   }
