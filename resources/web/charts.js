@@ -412,9 +412,9 @@
           .replace('ss', '%S');
       return 'utcFormat(datum.value * ' + scale + ', ' + JSON.stringify(pattern) + ')';
     }
-    const spec = (format.grouping ? ',' : '') +
+    const definition = (format.grouping ? ',' : '') +
         (format.decimals !== null ? '.' + format.decimals + 'f' : '~g');
-    return JSON.stringify(format.prefix) + ' + format(datum.value, ' + JSON.stringify(spec) +
+    return JSON.stringify(format.prefix) + ' + format(datum.value, ' + JSON.stringify(definition) +
         ') + ' + JSON.stringify(format.suffix);
   }
 
@@ -1204,7 +1204,7 @@
     };
   }
 
-  // The vega-lite spec of a chart item; `available` is the width of its
+  // The vega-lite chart definition of a chart item; `available` is the width of its
   // container in pixels.
   function toSpec(chart, available) {
     const root = parseDocument(chart.document);
@@ -1249,7 +1249,7 @@
       }
       body = {layer: layers};
     }
-    const spec = {
+    const definition = {
       $schema: SCHEMA,
       title: title,
       config: {
@@ -1276,21 +1276,22 @@
         perRow[dim] = order.length;
       }
       const columns = perRow.column || 1;
-      spec.data = {values: rows};
-      spec.facet = facet;
-      spec.spec = {layer: body.layer.map(function (layer) {
+      definition.data = {values: rows};
+      definition.facet = facet;
+      // vega-lite names the body of a faceted chart "spec".
+      definition.spec = {layer: body.layer.map(function (layer) {
         const copy = Object.assign({}, layer);
         delete copy.data;
         return copy;
       }), width: Math.max(80, Math.floor((size.width - 140) / columns) - 16),
       height: Math.max(90, Math.floor(size.height / Math.max(1, perRow.row || 1)))};
-      spec.resolve = {scale: {x: 'shared', y: 'shared'}};
+      definition.resolve = {scale: {x: 'shared', y: 'shared'}};
     } else {
-      Object.assign(spec, body);
+      Object.assign(definition, body);
       if (body.layer && !body.width) {
-        spec.width = Math.max(200, size.width - 40);
-        spec.height = size.height;
-        spec.autosize = {type: 'fit', contains: 'padding'};
+        definition.width = Math.max(200, size.width - 40);
+        definition.height = size.height;
+        definition.autosize = {type: 'fit', contains: 'padding'};
       }
     }
     const notes = [];
@@ -1302,7 +1303,7 @@
     if (model.footnote) {
       notes.push({text: model.footnote, style: null});
     }
-    return {spec: spec, notes: notes};
+    return {definition: definition, notes: notes};
   }
 
   function parseDocument(text) {
@@ -1366,7 +1367,7 @@
       return Promise.resolve();
     }
     view.textContent = '';
-    return global.vegaEmbed(view, made.spec, embedOptions).then(function (result) {
+    return global.vegaEmbed(view, made.definition, embedOptions).then(function (result) {
       figure.dataset.drawn = 'yes';
       figure.nptestsView = result.view;
       performance.mark('chart-drawn', {detail: figure.id});

@@ -1,5 +1,5 @@
 // The chart mapping (resources/web/charts.js) in Chromium, on the real
-// templates with data made here: the spec it builds from a chart document,
+// templates with data made here: the definition it builds from a chart document,
 // where a mistake would draw a wrong chart without any error.
 //
 //   node --test tests/browser/charts.test.mjs
@@ -36,8 +36,8 @@ function boxValues([s0, s1, s2, s3, s4], outliers) {
   return [...low, s2, ...high].map((value) => ({value, label: cases.has(value) ? cases.get(value) : null}));
 }
 
-function layerNamed(spec, name) {
-  return spec.layer.find((layer) => layer.name === name);
+function layerNamed(definition, name) {
+  return definition.layer.find((layer) => layer.name === name);
 }
 
 describe('chart mapping', () => {
@@ -77,12 +77,12 @@ describe('chart mapping', () => {
             '<variable id="Category" type="number" categorical="true"><relabel value="2" text="Low dose"/></variable>')
         .replace('</visualization>', '<popup part="median" target="schema" tokenTemplate="Mean Rank=$[1]$">' +
             '<tokenMapping valueToken="1" variable="Tooltips"/></popup></visualization>');
-    const {spec} = await toSpec({title: 'Box', data: {boxplotSource: data}, document});
-    const boxes = layerNamed(spec, 'box').data.values;
+    const {definition} = await toSpec({title: 'Box', data: {boxplotSource: data}, document});
+    const boxes = layerNamed(definition, 'box').data.values;
     assert.deepEqual(boxes.map((b) => [b.lower, b.q1, b.median, b.q3, b.upper]), groups.map((g) => g.five));
     assert.deepEqual(boxes.map((b) => b.Category__text), ['1', 'Low dose', '3']);
     assert.match(boxes[1].__boxTip, /Mean Rank=20\.50$/);
-    assert.deepEqual(layerNamed(spec, 'outlier').data.values.map((o) => [o.Value, o.caseText]),
+    assert.deepEqual(layerNamed(definition, 'outlier').data.values.map((o) => [o.Value, o.caseText]),
         [[80, '17'], [1, '3'], [50, '9'], [52, '11']]);
   });
 
@@ -96,14 +96,14 @@ describe('chart mapping', () => {
     const document = template('NPARHistogram.viztemplate').replace('</graph>',
         '<line><distributionStatistic distribution="uniform" parameter="0" secondaryParameter="40"/>' +
         '<x variable="value"/><y variable="count"/></line></graph>');
-    const {spec, notes} = await toSpec({title: 'H', data: {graphSource: {value: values, count: counts}}, document});
-    const bars = layerNamed(spec, 'bar').data.values;
+    const {definition, notes} = await toSpec({title: 'H', data: {graphSource: {value: values, count: counts}}, document});
+    const bars = layerNamed(definition, 'bar').data.values;
     // 400 cases: 20 bins of width 2 over 0.5 .. 39.5, each adding up 2 rows.
     assert.equal(bars.length, 20);
     assert.ok(bars.every((bar) => bar.count === 20));
     assert.ok(Math.abs(bars[0].value__end - bars[0].value__start - 1.95) < 1e-9);
     // Uniform over 0 .. 40: 400 cases x bin width / 40 in each bin.
-    const fit = layerNamed(spec, 'fit').data.values;
+    const fit = layerNamed(definition, 'fit').data.values;
     const inside = fit.filter((point) => point.value__start > 1 && point.value__start < 39);
     assert.ok(inside.every((point) => Math.abs(point.count - 400 * 1.95 / 40) < 1e-9));
     assert.deepEqual(notes.map((note) => note.text), ['labelText']);
@@ -112,11 +112,11 @@ describe('chart mapping', () => {
   test('a histogram of few values draws one bar per value, stacked by sign', async () => {
     const document = template('NPARWilcoxonPairSignedRank.viztemplate');
     const data = {graphSource: {value: [-2, -1, 0, 1, 2], count: [3, 4, 1, 6, 2]}};
-    const {spec} = await toSpec({title: 'W', data, document});
-    const bars = layerNamed(spec, 'bar').data.values;
+    const {definition} = await toSpec({title: 'W', data, document});
+    const bars = layerNamed(definition, 'bar').data.values;
     assert.deepEqual(bars.map((bar) => [bar.value__start, bar.value__end, bar.count, bar.type]),
         [[-2.5, -1.5, 3, 2], [-1.5, -0.5, 4, 2], [-0.5, 0.5, 1, 0], [0.5, 1.5, 6, 1], [1.5, 2.5, 2, 1]]);
-    const encoding = layerNamed(spec, 'bar').encoding;
+    const encoding = layerNamed(definition, 'bar').encoding;
     assert.deepEqual(encoding.color.scale.range, ['#2ca02c', '#1f77b4', '#d62728']);
     assert.notEqual(encoding.y.stack, null);
   });
@@ -130,13 +130,13 @@ describe('chart mapping', () => {
         .replace('<popup ', () => '<popup tokenTemplate="Grade=$[category]$&#10;Residual=$[residual]$" ');
     const data = {graphSource: {Category: [1, 1, 2, 2], Frequency: [12, 10, 8, 10], Observed: [12, 12, 8, 8],
       Hypothesized: [10, 10, 10, 10], Type: [0, 1, 0, 1], Residual: [2, 2, -2, -2]}};
-    const {spec} = await toSpec({title: 'C', data, document});
-    const bar = layerNamed(spec, 'bar');
+    const {definition} = await toSpec({title: 'C', data, document});
+    const bar = layerNamed(definition, 'bar');
     assert.deepEqual(bar.encoding.color.scale.domain, ['Observed', 'Hypothesized']);
     assert.equal(bar.encoding.xOffset.field, 'Type__text');
     assert.equal(bar.encoding.y.stack, null);
     assert.deepEqual(bar.data.values.map((row) => row.__tip).slice(2), ['Grade=2\nResidual=-2', 'Grade=2\nResidual=-2']);
-    const labels = spec.layer.find((layer) => layer.mark.type === 'text');
+    const labels = definition.layer.find((layer) => layer.mark.type === 'text');
     assert.equal(labels.encoding.text.field, 'Frequency__text');
   });
 
@@ -144,9 +144,9 @@ describe('chart mapping', () => {
     const document = template('FacetBarChart.viztemplate').replace('<color', '<pattern');
     const data = {graphSource: {CellText: [0, 0, 1, 1], Column: [0, 1, 0, 1], Category: [0, 1, 0, 1],
       CellValue: [3, 4, 5, 6], ObservedTooltip: [3, 4, 5, 6], HypothesizedTooltip: [4, 4, 5, 5]}};
-    const {spec} = await toSpec({title: 'F', data, document});
-    assert.deepEqual(Object.keys(spec.facet).sort(), ['column', 'row']);
-    const fill = spec.spec.layer.find((layer) => layer.name === 'bar').encoding.color.scale.range;
+    const {definition} = await toSpec({title: 'F', data, document});
+    assert.deepEqual(Object.keys(definition.facet).sort(), ['column', 'row']);
+    const fill = definition.spec.layer.find((layer) => layer.name === 'bar').encoding.color.scale.range;
     assert.deepEqual(fill, ['#1f77b4', 'url(#np-pattern-1)']);
     assert.equal(await page.evaluate(() => document.querySelectorAll('#np-patterns pattern').length), 3);
   });
@@ -160,28 +160,28 @@ describe('chart mapping', () => {
       edgeSource_1: {from: [0, 0, 2], to: [2, 3, 4], weight: [1, 1, 1], weightInPopup: [0.01, 0.2, 0.05],
         type: [1, 2, 2], tooltip: [0.01, 0.2, 0.05]},
     };
-    const {spec, notes} = await toSpec({title: 'N', data, document});
-    const nodes = layerNamed(spec, 'node').data.values;
+    const {definition, notes} = await toSpec({title: 'N', data, document});
+    const nodes = layerNamed(definition, 'node').data.values;
     // Swapped: the first node at the top, then counter-clockwise.
     const rounded = (v) => Math.round(v * 1000) / 1000 + 0;
     assert.deepEqual(nodes.map((n) => [n.name, rounded(n.x), rounded(n.y)]),
         [['A', 0, 1], ['C', -1, 0], ['D', 0, -1], ['E', 1, 0]]);
-    const edges = layerNamed(spec, 'edge').data.values;
+    const edges = layerNamed(definition, 'edge').data.values;
     assert.deepEqual(edges.map((e) => e.__edgeTip), ['A – C\nAdj. Sig. = 0.01', 'A – D\nAdj. Sig. = 0.2',
       'C – E\nAdj. Sig. = 0.05']);
-    assert.deepEqual(layerNamed(spec, 'edge').encoding.color.scale.range, ['#d62728', '#7f7f7f']);
+    assert.deepEqual(layerNamed(definition, 'edge').encoding.color.scale.range, ['#d62728', '#7f7f7f']);
     assert.deepEqual(notes.map((note) => note.text), ['FootnoteText']);
   });
 
   test('the runs distribution draws its observed and mirrored critical guides', async () => {
     const document = template('NPAROneSampleRunsTest.viztemplate')
         .replace('parameter="50"', 'parameter="20"').replace('lineGuide x="500', 'lineGuide x="14');
-    const {spec} = await toSpec({title: 'R', data: {}, document});
-    const guides = spec.layer.filter((layer) => /^guide/.test(layer.name || ''));
+    const {definition} = await toSpec({title: 'R', data: {}, document});
+    const guides = definition.layer.filter((layer) => /^guide/.test(layer.name || ''));
     assert.deepEqual(guides.map((g) => g.data.values.map((v) => [v.guide, v.text, v.position])), [
       [[20, 'ObservedRunsText', 'after']],
       [[14, 'TooFewRuns', 'before'], [26, 'TooManyRuns', 'after']],
     ]);
-    assert.deepEqual(layerNamed(spec, 'distribution').encoding.x.scale.domain, [0, 100]);
+    assert.deepEqual(layerNamed(definition, 'distribution').encoding.x.scale.domain, [0, 100]);
   });
 });
