@@ -5,6 +5,8 @@
 
 #include <CLI/CLI.hpp>
 
+#include "render/HtmlRenderer.h"
+
 namespace {
 bool EndsWith(const std::string& text, std::string_view suffix) {
     return text.size() >= suffix.size() &&
@@ -77,8 +79,12 @@ bool ParseOptions(int argc, char** argv, Options& options, int& exitCode) {
         return false;
     }
     if (*chosen == Renderer::kHtml) {
-        exitCode = UsageError("HTML output is not available yet; use -f text or -f json");
-        return false;
+        // The report inlines the web folder's styles and chart libraries.
+        const HtmlRenderer html(HtmlRenderer::DefaultWebFolder());
+        if (!html.Ready()) {
+            exitCode = UsageError("HTML output needs its web folder: " + html.Error());
+            return false;
+        }
     }
     options.fFormat = *chosen;
     return true;

@@ -30,7 +30,7 @@
 #include "host/chart/XDocument.h"
 #include "host/fac/FacSTDictionary.h"
 #include "host/parser/CommandParser.h"
-#include "host/parser/CommandSpec.h"
+#include "host/parser/ParsedCommand.h"
 #include "host/parser/NPTestsGrammar.h"
 #include "host/parser/ParserMessage.h"
 #include "host/vexa/VEXA_DataSource.h"

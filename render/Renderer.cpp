@@ -1,6 +1,7 @@
 // Choosing a renderer by format.
 #include "render/Renderer.h"
 
+#include "render/HtmlRenderer.h"
 #include "render/JsonRenderer.h"
 #include "render/TextRenderer.h"
 
@@ -19,7 +20,7 @@ std::unique_ptr<Renderer> Renderer::Make(Format format) {
     case kJson:
         return std::make_unique<JsonRenderer>();
     case kHtml:
-        break;
+        return std::make_unique<HtmlRenderer>(HtmlRenderer::DefaultWebFolder());
     }
     return nullptr;
 }

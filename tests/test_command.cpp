@@ -15,7 +15,7 @@
 #include "backend/nonpar/NOPRProcCustom.h"
 #include "host/cf/CFErrorChannel.h"
 #include "host/parser/CommandParser.h"
-#include "host/parser/CommandSpec.h"
+#include "host/parser/ParsedCommand.h"
 #include "host/parser/NPTestsGrammar.h"
 #include "host/parser/ParserMessage.h"
 #include "host/parser/VarSpecObj.h"

@@ -111,6 +111,10 @@ TEST(Nptests, WritesTheChosenFormatToAFile) {
     EXPECT_EQ(json.fOut, "");
     EXPECT_EQ(nlohmann::json::parse(ReadWholeFile(folder / "out.json"))["procedure"],
               "Nonparametric Tests");
+    // A file name ending in .html chooses the HTML report.
+    const CommandResult html = RunNptests(folder.string(), {"-o", "report.html", "a.xml"});
+    EXPECT_EQ(html.fStatus, 0) << html.fErr;
+    EXPECT_EQ(ReadWholeFile(folder / "report.html").rfind("<!DOCTYPE html>", 0), 0u);
     const CommandResult text = RunNptests(folder.string(), {"a.xml", "c.xml", "--no-charts"});
     EXPECT_EQ(text.fStatus, 0) << text.fErr;
     EXPECT_EQ(text.fOut.rfind("Nonparametric Tests\n===================\n", 0), 0u);
@@ -158,8 +162,6 @@ TEST(Nptests, RejectsUsageErrorsWithStatus2) {
         std::vector<std::string> fArguments;
         const char* fMessage;
     } cases[] = {
-        {{"-f", "html", "a.xml"}, "HTML output is not available yet"},
-        {{"-o", "report.html", "a.xml"}, "HTML output is not available yet"},
         {{"-f", "pdf", "a.xml"}, "unknown format \"pdf\""},
         {{}, "no result document given"},
         {{"a.xml", "--splits", "splits.json"}, "not both"},

@@ -15,7 +15,7 @@
 #include "host/cf/CFDump.h"
 #include "host/cf/CFSysmis.h"
 #include "host/parser/CommandDescriptor.h"
-#include "host/parser/CommandSpec.h"
+#include "host/parser/ParsedCommand.h"
 #include "host/parser/ParserMessage.h"
 #include "host/parser/ParserText.h"
 #include "host/parser/VarSpecObj.h"

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "host/parser/CommandDescriptor.h"
-#include "host/parser/CommandSpec.h"
+#include "host/parser/ParsedCommand.h"
 #include "host/parser/ParserMessage.h"
 #include "host/parser/ParserText.h"
 #include "host/vexa/VEXA_DataSource.h"

@@ -1,5 +1,5 @@
 // A parsed command.
-#include "host/parser/CommandSpec.h"
+#include "host/parser/ParsedCommand.h"
 
 #include "host/parser/ParserText.h"
 
