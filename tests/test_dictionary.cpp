@@ -116,8 +116,7 @@ TEST(Dictionary, FromTheDocumentPrefixOrTheWholeDocument) {
     // Broken after the dictionary: the prefix suffices, the module rejects it.
     EXPECT_EQ(names(head + dictionary + "<NonParametricTests><", error), "a;b;");
     // Broken before it: the error of the whole document.
-    EXPECT_EQ(names("<StatXML><x a=1/><Extension><NPAROutput>" + dictionary, error),
-              "null");
+    EXPECT_EQ(names("<StatXML><x a=1/><Extension><NPAROutput>" + dictionary, error), "null");
     EXPECT_FALSE(error.empty());
     // A close tag inside a comment, or a nested dictionary closed first, does
     // not end the dictionary: the whole document is read.
