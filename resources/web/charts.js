@@ -1278,7 +1278,7 @@
       const columns = perRow.column || 1;
       definition.data = {values: rows};
       definition.facet = facet;
-      // vega-lite names the body of a faceted chart "spec".
+      // vega-lite takes the inner chart of a facet under this key.
       definition.spec = {layer: body.layer.map(function (layer) {
         const copy = Object.assign({}, layer);
         delete copy.data;
