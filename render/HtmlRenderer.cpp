@@ -11,31 +11,12 @@
 #include <nlohmann/json.hpp>
 
 #include "host/bp/BpFormat.h"
+#include "host/xml/XMLText.h"
 
 namespace {
 
 void AppendEscaped(std::string& out, std::string_view text) {
-    for (const char c : text) {
-        switch (c) {
-        case '&':
-            out += "&amp;";
-            break;
-        case '<':
-            out += "&lt;";
-            break;
-        case '>':
-            out += "&gt;";
-            break;
-        case '"':
-            out += "&quot;";
-            break;
-        case '\'':
-            out += "&#39;";
-            break;
-        default:
-            out += c;
-        }
-    }
+    AppendXmlEscaped(out, text);
 }
 
 void AppendInt(std::string& out, size_t value) {

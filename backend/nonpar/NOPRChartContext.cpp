@@ -67,30 +67,7 @@ bool NOPRChartContext::RemoveFirst(std::string& text, std::string_view from,
 std::string NOPRChartContext::TemplateText(const ChartString& text) {
     std::string out;
     out.reserve(text.length());
-    for (char c : text.str()) {
-        switch (c) {
-        case '&':
-            out += "&amp;";
-            break;
-        case '<':
-            out += "&lt;";
-            break;
-        case '>':
-            out += "&gt;";
-            break;
-        case '"':
-            out += "&quot;";
-            break;
-        case '\'':
-            out += "&apos;";
-            break;
-        case '\n':
-            out += "&#10;";
-            break;
-        default:
-            out += c;
-        }
-    }
+    AppendXmlEscaped(out, text.str(), true);
     return out;
 }
 

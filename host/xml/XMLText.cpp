@@ -93,3 +93,33 @@ int TruncateToInt(double value) {
     }
     return static_cast<int>(value);
 }
+
+void AppendXmlEscaped(std::string& out, std::string_view text, bool lineBreaks) {
+    for (const char c : text) {
+        switch (c) {
+        case '&':
+            out += "&amp;";
+            break;
+        case '<':
+            out += "&lt;";
+            break;
+        case '>':
+            out += "&gt;";
+            break;
+        case '"':
+            out += "&quot;";
+            break;
+        case '\'':
+            out += "&#39;";
+            break;
+        case '\n':
+            if (lineBreaks) {
+                out += "&#10;";
+                break;
+            }
+            [[fallthrough]];
+        default:
+            out += c;
+        }
+    }
+}

@@ -41,3 +41,8 @@ int String2Integer(std::string_view word);
 // A double truncated toward zero to a 32-bit integer, saturating at the ends;
 // NaN and the system-missing value give the smallest integer.
 int TruncateToInt(double value);
+
+// Appends `text` with the characters that XML and HTML give a meaning to
+// written as references; with `lineBreaks`, line breaks become "&#10;" too
+// (so that they survive inside an attribute value).
+void AppendXmlEscaped(std::string& out, std::string_view text, bool lineBreaks = false);
