@@ -4,7 +4,8 @@
 // defined success: the field's two values (condition parameters 1 and 2 hold
 // their category positions), the listed categories (the same parameters hold
 // the lists), or the two sides of the cut point (parameter 1), written with
-// the field's format. The field's label becomes the legend's title.
+// the field's format. The field's label titles the category axis; the
+// legend of the categories has no title.
 #include "backend/nonpar/Binomial.h"
 
 #include "host/bp/BpCellText.h"
@@ -73,5 +74,8 @@ void Binomial::CustomizeTemplate(std::string& text) {
     const ChartString label =
         variable ? XUtility::ChartStringFromLocalCodePage(variable->GetPreferredLabel())
                  : ChartString();
-    ReplaceFirst(text, "LegendLabel", TemplateText(label));
+    ReplaceFirst(text, "<axis dim=\"x\" variable=\"categories\"/>",
+                 "<axis dim=\"x\" variable=\"categories\"><title><text>" + TemplateText(label) +
+                     "</text></title></axis>");
+    ReplaceFirst(text, "LegendLabel", "");
 }
