@@ -571,6 +571,7 @@ void CheckFacets(const Example& example, pugi::xml_node test, const Chart& chart
         }
     }
     ExpectNear(observed, expected, "crosstab");
+    EXPECT_EQ(chart.Shown("category", 0), "Observed") << "bars are named by their series";
     EXPECT_EQ(rowLabels, expectedRows) << "facets are the first field's categories";
     EXPECT_EQ(columnLabels, expectedColumns) << "bars are the second field's categories";
     EXPECT_EQ(Sum(observed), Statistic(test, "TotalN"));

@@ -982,7 +982,9 @@ TEST(RelatedSamples, MarginalHomogeneityDropsTheLegendAndTheHypothesizedToken) {
               (std::vector<double>{1, 2, 3, 1, 2, 3, 1, 2, 3}));
     EXPECT_TRUE(Has(chart, "<relabel value=\"1\" text=\"Group A\"/>"));
     EXPECT_TRUE(Has(chart, "<relabel value=\"3\" text=\"Group C\"/>"));
-    EXPECT_FALSE(Has(chart, "<relabel value=\"0\""));
+    EXPECT_FALSE(Has(chart, "<relabel value=\"0\" text=\"0"));
+    // The one series is named, not numbered.
+    EXPECT_TRUE(Has(chart, "<relabel value=\"0\" text=\"Observed\"/>"));
 }
 
 TEST(RelatedSamples, CochranNamesRowsByFieldAndDropsTheLegendTitle) {

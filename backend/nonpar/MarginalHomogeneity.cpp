@@ -1,5 +1,6 @@
 // Marginal homogeneity facet chart: the McNemar chart's data without the
-// hypothesized series; the legend and the popup's second token go.
+// hypothesized series; the legend and the popup's second token go, and the
+// one series is named "Observed".
 #include "backend/nonpar/MarginalHomogeneity.h"
 
 #include "backend/nonpar/RSMcNemarChangeTestView.h"
@@ -62,6 +63,9 @@ bool MarginalHomogeneity::MakeChart(const std::string& suffix, bool appendSuffix
     RSMcNemarChangeTestView::BindFacet(graph.getVariable("Row", 0), FieldVariable(first), rows);
     RSMcNemarChangeTestView::BindFacet(graph.getVariable("Column", 0), FieldVariable(second),
                                        columns);
-    graph.getVariable("category", 0).setLabel(Text("E62935"));
+    // The one series is named, so that no bar is labelled by its number.
+    const XVariable category = graph.getVariable("category", 0);
+    category.setLabel(Text("E62935"));
+    category.addRelabel(0, Text("Observed"));
     return Send(document, nullptr, suffix, appendSuffix, true);
 }

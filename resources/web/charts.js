@@ -1292,6 +1292,9 @@
         perRow[dim] = order.length;
       }
       const columns = perRow.column || 1;
+      // Room beside the cells: the row headers and, where there is one, the
+      // legend to the right, so that neither is cut off.
+      const reserved = 110 + (root.getElementsByTagName('legend').length > 0 ? 150 : 0);
       definition.data = {values: rows};
       definition.facet = facet;
       // vega-lite takes the inner chart of a facet under this key.
@@ -1299,7 +1302,7 @@
         const copy = Object.assign({}, layer);
         delete copy.data;
         return copy;
-      }), width: Math.max(80, Math.floor((size.width - 140) / columns) - 16),
+      }), width: Math.max(80, Math.floor((size.width - reserved) / columns) - 16),
       height: Math.max(90, Math.floor(size.height / Math.max(1, perRow.row || 1)))};
       definition.resolve = {scale: {x: 'shared', y: 'shared'}};
     } else {
@@ -1408,7 +1411,16 @@
   // the parser adds them (a figure is complete once its caption, its last
   // child, is there) and the first screen's charts are drawn while the rest
   // of a long report is still being read.
+  // Before the page is printed (or saved as PDF) every chart not drawn yet
+  // is drawn: the drawing is a chain of promises without timers, so it ends
+  // in the microtasks that run before the browser lays the page out for
+  // print.
+  function drawAll() {
+    return Promise.all(Array.from(document.querySelectorAll('figure.chart'), draw));
+  }
+
   function start() {
+    global.addEventListener('beforeprint', drawAll);
     if (!('IntersectionObserver' in global)) {
       document.addEventListener('DOMContentLoaded', function () {
         document.querySelectorAll('figure.chart').forEach(draw);
@@ -1453,6 +1465,6 @@
     });
   }
 
-  global.NptestsCharts = {toSpec: toSpec, draw: draw};
+  global.NptestsCharts = {toSpec: toSpec, draw: draw, drawAll: drawAll};
   start();
 })(window);
