@@ -10,6 +10,7 @@
 // host/cf/CFTableLayout.h says.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <charconv>
 #include <chrono>
 #include <cmath>
@@ -452,8 +453,33 @@ void CheckBinomial(const Example& example, pugi::xml_node test, const Chart& cha
     }
     ExpectNear(observed, positive, "observed percentages");
     const std::string key = ConditionKey(test);
-    if (key == "ABinaryTestVariableIsSpecified_O_Binomial_5") {
-        EXPECT_EQ(classes.front(), example.CategoryLabel(field, Condition(test, 2).at(0)));
+    if (key == "ABinaryTestVariableIsSpecified_O_Binomial_5" ||
+        key == "CategoryListsAreSpecified_O_Binomial_5") {
+        // Each class names its categories by their labels; a position past the
+        // field's categories is the next listed value outside them.
+        Texts outside;
+        for (pugi::xml_node value : Struct(test, "ValsNotInTheCategoreis").children("Attribute")) {
+            outside.push_back(value.attribute("value").value());
+        }
+        size_t taken = 0;
+        Texts expected;
+        for (int parameter : {2, 3}) {
+            std::string text;
+            for (double code : Condition(test, parameter)) {
+                const bool isOutside =
+                    code >= static_cast<double>(example.FieldAt(field).fCategories.size());
+                text += (text.empty() ? "" : ", ") +
+                        (isOutside ? outside.at(taken++) : example.CategoryLabel(field, code));
+            }
+            expected.push_back(text);
+        }
+        Texts shown;
+        for (const std::string& type : types) {
+            if (std::find(shown.begin(), shown.end(), type) == shown.end()) {
+                shown.push_back(type);
+            }
+        }
+        EXPECT_EQ(shown, expected);
     }
     EXPECT_TRUE(chart.Has("<axis dim=\"x\" variable=\"categories\"><title><text>" +
                           example.FieldAt(field).fLabel))
