@@ -124,7 +124,9 @@ public:
         group->fHasInfo = true;
         group->fIsCategorical = 1;
         group->fTotal = 30;
-        group->fDistribution.fRows = {{1, 10}, {2, 12}, {3, 8}};
+        // Category counts by category position.
+        group->fDistribution.fColumnNames = {"Category", "Count"};
+        group->fDistribution.fRows = {{0, 10}, {1, 12}, {2, 8}};
         for (int j = 0; j < 3; ++j) {
             Stats::FieldValueEntry& entry = group->fValues.emplace_back();
             entry.fIndex = j;
@@ -168,8 +170,11 @@ public:
         const auto related = Stats::kCRelatedSamples;
         const auto independent = Stats::kCIndependentSamples;
         auto* chi = Add<Stats::HTOChiSquare>(one, Stats::kAOChiSquare, {Parameter(1, {1})});
-        chi->fTable.fColumnNames = {"Category", "Observed", "Expected"};
-        chi->fTable.fRows = {{0, 10, 10}, {1, 12, 10}, {2, 8, 10}, {-1, 1, 0}};
+        // Observed and expected counts down the columns of the categories'
+        // positions; -1 holds the values outside the categories.
+        chi->fTable.fRowNames = {"Observed", "Hypothesized"};
+        chi->fTable.fColumnNames = {"0", "1", "2", "-1"};
+        chi->fTable.fRows = {{10, 12, 8, 1}, {10, 10, 10, 0}};
         auto* binomial = Add<Stats::HTOBinomial>(
             one, Stats::kAOBinomial,
             {Parameter(1, {0}), Parameter(2, {2.5}), Parameter(3, {0.5}), Parameter(4, {0.5})});
@@ -210,9 +215,14 @@ public:
         mcnemar->fComparison.fTable.fRowNames = {"0", "1"};
         mcnemar->fComparison.fTable.fColumnNames = {"0", "1"};
         mcnemar->fComparison.fTable.fRows = {{10, 6}, {2, 12}};
+        // Both fields are the three groups; rows and columns are their positions.
         auto* homogeneity = Add<Stats::HTRMarginalHomogeneity>(
-            related, Stats::kARMarginalHomogeneity, {Parameter(1, {2}), Parameter(2, {3})});
-        homogeneity->fComparison = mcnemar->fComparison;
+            related, Stats::kARMarginalHomogeneity, {Parameter(1, {1}), Parameter(2, {1})});
+        homogeneity->fComparison.fRowField = 1;
+        homogeneity->fComparison.fColumnField = 1;
+        homogeneity->fComparison.fTable.fRowNames = {"0", "1", "2"};
+        homogeneity->fComparison.fTable.fColumnNames = {"0", "1", "2"};
+        homogeneity->fComparison.fTable.fRows = {{10, 6, 1}, {2, 12, 3}, {0, 4, 9}};
         for (auto algorithm : {Stats::kARFriedmansTwoWayByRanks, Stats::kARKendallsCoefficient}) {
             auto* ranks = dynamic_cast<Stats::HTRRanks*>(
                 fStats.CreateTest(related, algorithm, Stats::kDReject));
@@ -784,8 +794,9 @@ TEST(OneSample, ChiSquareSkipsOtherValuesAndFillsItsPopup) {
     model.AddEveryTest();
     const BpChartNode* chart = ChartOf(output, model, Stats::kAOChiSquare);
     ASSERT_NE(chart, nullptr);
+    // The categories' values, named by their labels.
     EXPECT_EQ(Numbers(Variable(*chart, "graphSource", "Category")),
-              (std::vector<double>{0, 0, 1, 1, 2, 2}));
+              (std::vector<double>{1, 1, 2, 2, 3, 3}));
     EXPECT_EQ(Numbers(Variable(*chart, "graphSource", "Frequency")),
               (std::vector<double>{10, 10, 12, 10, 8, 10}));
     EXPECT_EQ(Numbers(Variable(*chart, "graphSource", "Residual")),
@@ -794,7 +805,8 @@ TEST(OneSample, ChiSquareSkipsOtherValuesAndFillsItsPopup) {
                            "Observed=$[observed]$&#10;Hypothesized=$[hypothesized]$&#10;"
                            "E61605=$[residual]$\" target=\"interval\">"));
     EXPECT_TRUE(Has(chart, "<relabel value=\"1\" text=\"Hypothesized\"/>"));
-    EXPECT_TRUE(Has(chart, "<relabel value=\"2\" text=\"Group C\"/>"));
+    EXPECT_TRUE(Has(chart, "<relabel value=\"1\" text=\"Group A\"/>"));
+    EXPECT_TRUE(Has(chart, "<relabel value=\"3\" text=\"Group C\"/>"));
     EXPECT_TRUE(Has(chart, "<title><text>One-Sample Chi-Square Test</text></title>"));
 }
 
@@ -815,7 +827,11 @@ TEST(OneSample, BinomialStacksPercentagesOfPositiveCellsOnly) {
               (std::vector<double>{40, 60, 100}));
     EXPECT_EQ(Strings(Variable(*chart, "graphSource", "tooltip")).back(),
               "<=2.50 100.0%\n>2.50 0.0%\n");
-    EXPECT_TRUE(Has(chart, "<text>Score &amp; &lt;points&gt;</text>")); // the legend's title
+    // The field's label titles the category axis; the legend has no title.
+    EXPECT_TRUE(Has(chart, "<axis dim=\"x\" variable=\"categories\"><title><text>Score &amp; "
+                           "&lt;points&gt;</text></title></axis>"));
+    EXPECT_FALSE(Has(chart, "LegendLabel"));
+    EXPECT_FALSE(Has(chart, "<legend id=\"legend1\" variable=\"type\"><title><text>Score"));
     EXPECT_TRUE(Has(chart, "<text>E60703</text>"));
 
     // Success defined by the field's categories: their labels name the columns.
@@ -850,6 +866,33 @@ TEST(OneSample, KolmogorovSmirnovFitsTheDistributionOfItsConditionKey) {
     EXPECT_EQ(other->fTitle, "One-Sample Kolmogorov-Smirnov Test");
     EXPECT_FALSE(Has(other, "distributionStatistic"));
     EXPECT_EQ(output.Charts().size(), 3u);
+}
+
+TEST(OneSample, KolmogorovSmirnovOfADateFieldFitsDateTimes) {
+    ChartOutput output;
+    ChartModel model;
+    model.AddEveryTest();
+    model.fData.GetVariable(0)->SetFormat({VEXA_Format::kDate, 11, 0});
+    auto* ks = TestOf<Stats::HTOKolmogorovSmirnov>(model, Stats::kAOKolmogorovSmirnov);
+    // Days since 1970-01-01: 4 March 2024 at noon, and a spread of 7.25 days.
+    ks->fConditionParameters = {Parameter(1, {0}), Parameter(2, {19786.5}), Parameter(3, {7.25})};
+    const BpChartNode* normal = ChartOf(output, model, Stats::kAOKolmogorovSmirnov);
+    ASSERT_NE(normal, nullptr);
+    EXPECT_TRUE(Has(normal, "distribution=\"normal\" parameter=\"2024-03-04T12:00:00\" "
+                            "secondaryParameter=\"7.25\"/>"));
+    ks->fConditionKey = "UniformDistribution_O_KolmogorovSmirnov_3";
+    ks->fConditionParameters = {Parameter(1, {0}), Parameter(2, {19786}), Parameter(3, {19815})};
+    const BpChartNode* uniform = ChartOf(output, model, Stats::kAOKolmogorovSmirnov);
+    EXPECT_TRUE(Has(uniform, "parameter=\"2024-03-04T00:00:00\" "
+                             "secondaryParameter=\"2024-04-02T00:00:00\"/>"));
+
+    // The field's note shows its mean as a date too.
+    model.fStats.GetFieldInfo(0)->fMean = 19795.5;
+    FieldInformation field(nullptr, &model.fStats, false);
+    field.SetFieldIndex(0);
+    ASSERT_TRUE(field.MakeChart("", false));
+    EXPECT_FALSE(Has(output.Charts().back(), "19795"));
+    EXPECT_TRUE(Has(output.Charts().back(), "Mean = 13-MAR-2024"));
 }
 
 TEST(OneSample, WilcoxonDrawsBothMediansWithALegendBesideTheGraph) {
@@ -930,8 +973,18 @@ TEST(RelatedSamples, MarginalHomogeneityDropsTheLegendAndTheHypothesizedToken) {
     EXPECT_TRUE(Has(chart, "tokenTemplate=\"Observed=$[1]$\""));
     EXPECT_EQ(Variable(*chart, "graphSource", "HypothesizedTooltip"), nullptr);
     EXPECT_EQ(Numbers(Variable(*chart, "graphSource", "CellValue")),
-              (std::vector<double>{10, 6, 2, 12}));
-    EXPECT_TRUE(Has(chart, "<relabel value=\"1\" text=\"1.00\"/>")); // the field's format
+              (std::vector<double>{10, 6, 1, 2, 12, 3, 0, 4, 9}));
+    // Rows and columns are category positions: facets carry the values and
+    // their labels, and no facet is named by a position.
+    EXPECT_EQ(Numbers(Variable(*chart, "graphSource", "CellText")),
+              (std::vector<double>{1, 1, 1, 2, 2, 2, 3, 3, 3}));
+    EXPECT_EQ(Numbers(Variable(*chart, "graphSource", "Column")),
+              (std::vector<double>{1, 2, 3, 1, 2, 3, 1, 2, 3}));
+    EXPECT_TRUE(Has(chart, "<relabel value=\"1\" text=\"Group A\"/>"));
+    EXPECT_TRUE(Has(chart, "<relabel value=\"3\" text=\"Group C\"/>"));
+    EXPECT_FALSE(Has(chart, "<relabel value=\"0\" text=\"0"));
+    // The one series is named, not numbered.
+    EXPECT_TRUE(Has(chart, "<relabel value=\"0\" text=\"Observed\"/>"));
 }
 
 TEST(RelatedSamples, CochranNamesRowsByFieldAndDropsTheLegendTitle) {
@@ -995,6 +1048,23 @@ TEST(Network, WithoutATestFieldNodesKeepTheirFormatAndTheNoteFitsTheTest) {
               (std::vector<std::string>{"Score & <points>", "group", "before"}));
 }
 
+TEST(Network, NodesOfTheMedianTestShowMedians) {
+    ChartOutput output;
+    ChartModel model;
+    model.AddEveryTest();
+    for (auto algorithm : {Stats::kAIKruskalWallis, Stats::kAIMedian}) {
+        auto* test = TestOf<Stats::HTIBoxPlotComparison>(model, algorithm);
+        ASSERT_TRUE(NOPRPairwiseChart(nullptr, &model.fStats, test, &test->fComparison)
+                        .MakeChart("", false));
+    }
+    const auto charts = output.Charts();
+    ASSERT_EQ(charts.size(), 2u);
+    EXPECT_TRUE(Has(charts[0], "sample average rank of\nScore"));
+    EXPECT_TRUE(Has(charts[1], "<text>Each node shows the\nsample median of\nScore &amp; "
+                               "&lt;points&gt;.</text>"));
+    EXPECT_FALSE(Has(charts[1], "average rank"));
+}
+
 TEST(FieldViews, EachFieldGetsTheViewOfItsKindWhenBinnedByInterval) {
     ChartOutput output;
     ChartModel model;
@@ -1006,6 +1076,8 @@ TEST(FieldViews, EachFieldGetsTheViewOfItsKindWhenBinnedByInterval) {
     EXPECT_FALSE(Has(chart, "<binStatistic/>"));
     EXPECT_FALSE(Has(chart, "<summaryStatistic"));
     EXPECT_TRUE(Has(chart, "categorical=\"true\""));
+    // Category positions become values: each bar carries its own label.
+    EXPECT_EQ(Numbers(Variable(*chart, "graphSource", "value")), (std::vector<double>{1, 2, 3}));
     EXPECT_TRUE(Has(chart, "<relabel value=\"2\" text=\"Group B\"/>"));
     EXPECT_TRUE(Has(chart, "<text>TotalN = 30</text>"));
     EXPECT_TRUE(Has(chart, "<text>E60352</text>"));

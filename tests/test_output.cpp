@@ -51,6 +51,9 @@ TEST_F(SummaryTest, WritesOneRowPerTestAndABlockPerUnblockedTest) {
                            "DefaultAllDistinctValuesUsed_I_Moses_2", {{0}, {1}});
     AddMessage(moses, 222328, Stats::kMError); // belongs to a pair: does not block
     AddMessage(sign, 12345, Stats::kMError, "", {3.0});
+    // The document carries a significance the engine could not decide on.
+    AddStatistics(sign, "", {{"ExactSig2Tailed", 0.25}});
+    AddStatistics(moses, "", {{"ExactSig1Tailed", 0.5}});
     Write();
 
     EXPECT_EQ(OutlineOf(),
@@ -79,6 +82,9 @@ TEST_F(SummaryTest, WritesOneRowPerTestAndABlockPerUnblockedTest) {
     EXPECT_EQ(summary.At("3", "Decision"), "Unable to compute.");
     EXPECT_EQ(summary.At("3", "Sig."), ".");
     EXPECT_EQ(summary.NotesAt("3", "Sig."), Strings{"12345"});
+    // An undecided test without a blocking message shows no significance either.
+    EXPECT_EQ(summary.At("4", "Decision"), "Unable to compute.");
+    EXPECT_EQ(summary.At("4", "Sig."), ".");
     EXPECT_EQ(summary.NotesAt("1", "Sig."), Strings{});
     // Only asymptotic significances: the column says so once.
     EXPECT_EQ(summary.LabelNotes("Sig."), (Strings{"The significance level is 0.050.",

@@ -3,6 +3,7 @@
 #include "output_fixture.h"
 
 #include "host/cf/CFSysmis.h"
+#include "host/fac/FacSTDictionary.h"
 #include "host/xml/XMLText.h"
 
 #include <chrono>
@@ -182,6 +183,31 @@ TEST_F(OutputTest, ConfidenceIntervalSummaryNumbersRowsAcrossTests) {
     // A binomial test without intervals: one row of missing values.
     EXPECT_EQ(table.At("5", "Confidence Interval Type"), "One-Sample Binomial Success Rate");
     EXPECT_EQ(table.At("5", "Estimate"), ".");
+}
+
+TEST_F(OutputTest, ConfidenceIntervalNotesFillTheMessagesPlaces) {
+    AddField("x");
+    AddField("y");
+    auto* pairs = AddTest<Stats::HTHodgesLehmann>(Stats::kCRelatedSamples,
+                                                  Stats::kARHodgesLehmannEstimatePairs,
+                                                  Stats::kDUnknown, "R_HodgesLehman_2", {{0}, {1}});
+    pairs->fEstimate = {1.5, 0.5, 2.5};
+    AddMessage(pairs, 220052, Stats::kMHelpMessage, "", {7.0});
+    FacSTDictionary dictionary(NPTESTS_SOURCE_DIR "/resources/strings");
+    ASSERT_TRUE(dictionary.SetProcedure("Nonparametric Tests"));
+    BpProcedure procedure("Nonparametric Tests", &dictionary, &fSource);
+    NOPROutput output(&procedure, nullptr, &fSource, &fStats);
+    output.fMakeViews = false;
+    output.MakeOutput();
+    std::vector<const BpTableNode*> tables;
+    CollectTables(procedure.Root(), tables);
+    const BpTableNode* summary = nullptr;
+    for (const BpTableNode* table : tables) {
+        summary = table->fSubtype == "Confidence Interval Summary" ? table : summary;
+    }
+    ASSERT_NE(summary, nullptr);
+    EXPECT_EQ(Flatten(*summary).NotesAt("1", "Estimate"),
+              Strings{"7 cases with a value in neither category list are left out of the test."});
 }
 
 // ---------------------------------------------------------------------------

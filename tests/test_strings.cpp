@@ -272,6 +272,7 @@ TEST(StringTable, HasEveryFixedKeyWithItsPlaces) {
         "Too many runs", "Number of Ties = ^1", "Positive Differences", "Negative Differences",
         "Each node shows the\nsample average rank of\n^1.",
         "Each node shows the\\nsample average rank of\\n^1.",
+        "Each node shows the\\nsample median of\\n^1.",
         "Each node shows the sample number of successes.", "Categorical Field Information",
         "Continuous Field Information", "histoN",
         // Messages whose meaning the tables rely on: the pair-specific codes.

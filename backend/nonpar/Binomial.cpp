@@ -3,8 +3,10 @@
 // is drawn as percentages of its total. Categories are named by how the test
 // defined success: the field's two values (condition parameters 1 and 2 hold
 // their category positions), the listed categories (the same parameters hold
-// the lists), or the two sides of the cut point (parameter 1), written with
-// the field's format. The field's label becomes the legend's title.
+// the lists; a position past the field's categories stands for the next of
+// the listed values outside them), or the two sides of the cut point
+// (parameter 1), written with the field's format. The field's label titles the category axis; the
+// legend of the categories has no title.
 #include "backend/nonpar/Binomial.h"
 
 #include "host/bp/BpCellText.h"
@@ -45,13 +47,26 @@ ChartString Binomial::GetColumnLabel(int column) {
     }
     if (key == "ABinaryTestVariableIsSpecified_O_Binomial_5" ||
         key == "CategoryListsAreSpecified_O_Binomial_5") {
+        // Codes past the field's categories name the listed values outside
+        // them, in order over both lists.
+        const Stats::FieldInfoRecord* record = FieldRecord(fField);
+        const int categories = record ? static_cast<int>(record->fValues.size()) : 0;
+        const auto& outside = fTest->fValsNotInCategories;
+        size_t taken = 0;
         ChartString text;
-        if (index < parameters.size()) {
-            for (double code : parameters[index].fValues) {
+        for (size_t p = 1; p <= index && p < parameters.size(); ++p) {
+            for (double value : parameters[p].fValues) {
+                const int code = TruncateToInt(value);
+                const bool isOutside = code >= categories && taken < outside.size();
+                if (p < index) {
+                    taken += isOutside ? 1 : 0;
+                    continue;
+                }
                 if (!text.empty()) {
                     text.append(", ");
                 }
-                text.append(CategoryLabel(fField, TruncateToInt(code)));
+                text.append(isOutside ? XUtility::ChartStringFromLocalCodePage(outside[taken++])
+                                      : CategoryLabel(fField, code));
             }
         }
         return text;
@@ -73,5 +88,8 @@ void Binomial::CustomizeTemplate(std::string& text) {
     const ChartString label =
         variable ? XUtility::ChartStringFromLocalCodePage(variable->GetPreferredLabel())
                  : ChartString();
-    ReplaceFirst(text, "LegendLabel", TemplateText(label));
+    ReplaceFirst(text, "<axis dim=\"x\" variable=\"categories\"/>",
+                 "<axis dim=\"x\" variable=\"categories\"><title><text>" + TemplateText(label) +
+                     "</text></title></axis>");
+    ReplaceFirst(text, "LegendLabel", "");
 }

@@ -1,17 +1,18 @@
-// Chi-square chart. The frequency table has one row per category: the
-// category's position among the field's categories, the observed and the
-// hypothesized frequency (columns found by the names "Category", "Observed"
-// and "Hypothesized" or "Expected", else in that order); a category of -1
-// (values outside the categories) is skipped. "graphSource" holds two rows
-// per category, "Type" 0 (observed) and 1 (hypothesized), whose "Frequency"
-// is drawn; both carry "Observed", "Hypothesized" and "Residual" (observed
-// minus hypothesized) for the popup. "Category" is relabelled with the
-// categories' texts.
+// Chi-square chart. The frequency table is laid out as host/cf/CFTableLayout.h
+// says: the observed counts in the row "Observed", the expected ones in the
+// row "Hypothesized" (rows 0 and 1 when the names are missing), one column
+// per category named by the category's position; a column whose name is no
+// position (values outside the categories, written -1) is skipped.
+// "graphSource" holds two rows per category, "Type" 0 (observed) and 1
+// (hypothesized), whose "Frequency" is drawn; both carry "Observed",
+// "Hypothesized" and "Residual" (observed minus hypothesized) for the popup.
+// "Category" is the category's value, relabelled with its text.
 #include "backend/nonpar/ChiSquare.h"
 
 #include <algorithm>
 #include <cmath>
 
+#include "host/cf/CFTableLayout.h"
 #include "host/chart/VarDataProcessor.h"
 #include "host/chart/XDocument.h"
 #include "host/xml/XMLText.h"
@@ -21,18 +22,6 @@ using Stats = NOPROutputStats;
 namespace {
 
 const std::string kSource = "graphSource";
-
-int ColumnOf(const NumericTableData& table, std::initializer_list<const char*> names,
-             int fallback) {
-    for (size_t i = 0; i < table.fColumnNames.size(); ++i) {
-        for (const char* name : names) {
-            if (table.fColumnNames[i] == name) {
-                return static_cast<int>(i);
-            }
-        }
-    }
-    return fallback;
-}
 
 } // namespace
 
@@ -51,31 +40,39 @@ bool ChiSquare::MakeChart(const std::string& suffix, bool appendSuffix) {
         return false;
     }
     const NumericTableData& table = fTest->fTable;
-    const size_t category = static_cast<size_t>(ColumnOf(table, {"Category"}, 0));
-    const size_t observed = static_cast<size_t>(ColumnOf(table, {"Observed"}, 1));
-    const size_t expected = static_cast<size_t>(ColumnOf(table, {"Hypothesized", "Expected"}, 2));
+    using namespace CFTableLayout;
+    const size_t observedRow = IndexOfName(table.fRowNames, kObservedRowName, kObservedRow);
+    const size_t expectedRow = IndexOfName(table.fRowNames, kHypothesizedRowName, kHypothesizedRow);
+    if (std::max(observedRow, expectedRow) >= table.fRows.size()) {
+        return false;
+    }
+    const std::vector<double>& observedCounts = table.fRows[observedRow];
+    const std::vector<double>& expectedCounts = table.fRows[expectedRow];
     VarDataProcessor data;
     data.AddDataSource(kSource, 0);
     for (const char* name :
          {"Category", "Frequency", "Observed", "Hypothesized", "Type", "Residual"}) {
         data.AddVariable(kSource, name, nullptr);
     }
-    std::vector<int> categories;
+    std::vector<double> categories;
+    std::vector<int> positions;
     int row = 0;
-    for (const std::vector<double>& numbers : table.fRows) {
-        if (numbers.size() <= std::max({category, observed, expected})) {
+    const size_t columns = std::min(observedCounts.size(), expectedCounts.size());
+    for (size_t column = 0; column < columns; ++column) {
+        const int position = column < table.fColumnNames.size()
+                                 ? PositionOfName(table.fColumnNames[column])
+                                 : static_cast<int>(column);
+        if (position < 0) {
             continue;
         }
-        const int code = TruncateToInt(numbers[category]);
-        if (code == -1 || CFIsSysmis(numbers[category])) {
-            continue;
-        }
-        categories.push_back(code);
-        const double o = numbers[observed];
-        const double e = numbers[expected];
+        const double value = CategoryValue(fField, position);
+        categories.push_back(value);
+        positions.push_back(position);
+        const double o = observedCounts[column];
+        const double e = expectedCounts[column];
         const double residual = CFIsSysmis(o) || CFIsSysmis(e) ? kCFSysmis : o - e;
         for (int type = 0; type < 2; ++type) {
-            data.SetVariableValue(kSource, "Category", row, code);
+            data.SetVariableValue(kSource, "Category", row, value);
             data.SetVariableValue(kSource, "Frequency", row, type == 0 ? o : e);
             data.SetVariableValue(kSource, "Observed", row, o);
             data.SetVariableValue(kSource, "Hypothesized", row, e);
@@ -113,8 +110,8 @@ bool ChiSquare::MakeChart(const std::string& suffix, bool appendSuffix) {
     type.addRelabel(0, Text("Observed"));
     type.addRelabel(1, Text("Hypothesized"));
     const XVariable categoryVariable = graph.getVariable("Category", 0);
-    for (int code : categories) {
-        categoryVariable.addRelabel(code, CategoryLabel(fField, code));
+    for (size_t k = 0; k < categories.size(); ++k) {
+        categoryVariable.addRelabel(categories[k], CategoryLabel(fField, positions[k]));
     }
     return Send(document, nullptr, suffix, appendSuffix, true);
 }

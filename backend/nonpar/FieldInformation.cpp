@@ -3,8 +3,9 @@
 // continuous) is this chart's. The categorical chart draws the counts as
 // they are and relabels the category values with their labels, unless the
 // field is an ordinal field treated as continuous (its values then stand on a
-// number axis). The continuous chart's note gives the mean, the standard
-// deviation (one decimal more than the field shows) and the total N.
+// number axis). The continuous chart's note gives the mean (a date for a
+// date field), the standard deviation (one decimal more than the field
+// shows; days for a date field) and the total N.
 #include "backend/nonpar/FieldInformation.h"
 
 #include <algorithm>
@@ -44,8 +45,8 @@ void FieldInformation::CustomizeTemplate(std::string& text) {
     const int decimals = variable ? variable->GetFormat().fDecimals : 2;
     std::string note;
     if (!CFIsSysmis(fRecord->fMean)) {
-        note +=
-            TemplateText(Text("Mean")) + " = " + FixedText(fRecord->fMean, decimals + 1) + "&#10;";
+        note += TemplateText(Text("Mean")) + " = " +
+                FieldValueText(fFieldIndex, fRecord->fMean, decimals + 1) + "&#10;";
     }
     if (!CFIsSysmis(fRecord->fStdDev)) {
         note += TemplateText(Text("Std. Deviation")) + " = " +

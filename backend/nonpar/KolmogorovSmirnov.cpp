@@ -2,19 +2,43 @@
 // condition key; its parameters are the condition's parameters 1 (and 2):
 // normal mean and standard deviation, uniform minimum and maximum, the
 // Poisson mean, the exponential mean. The fitted line carries the numbers in
-// the data's own units, so that the chart can draw it; the parameter note
-// shows them as the field shows its values (dates as dates; the standard
-// deviation of a date field in days).
+// the data's own units, so that the chart can draw it; a date field's
+// location parameters (normal mean, uniform minimum and maximum, Poisson and
+// exponential mean) are written there as date-time values
+// ("yyyy-MM-ddThh:mm:ss", from days since 1970-01-01), its standard
+// deviation as days. The parameter note shows them as the field shows its
+// values (dates as dates; the standard deviation of a date field in days).
 #include "backend/nonpar/KolmogorovSmirnov.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
+#include <cstdio>
 
 #include "host/bp/BpCellText.h"
 #include "host/chart/XDocument.h"
 #include "host/vexa/VEXA_DataSource.h"
 
 using Stats = NOPROutputStats;
+
+namespace {
+
+// Days since 1970-01-01 as "yyyy-MM-ddThh:mm:ss" (seconds rounded).
+std::string DateTimeText(double days) {
+    using namespace std::chrono;
+    const double wholeDays = std::floor(days);
+    const auto seconds = static_cast<long long>(std::llround((days - wholeDays) * 86400.0));
+    const sys_days day{std::chrono::days{static_cast<long long>(wholeDays)}};
+    const year_month_day date{day + std::chrono::days{seconds / 86400}};
+    const long long clock = seconds % 86400;
+    char text[48];
+    std::snprintf(text, sizeof text, "%04d-%02u-%02uT%02lld:%02lld:%02lld",
+                  static_cast<int>(date.year()), static_cast<unsigned>(date.month()),
+                  static_cast<unsigned>(date.day()), clock / 3600, clock / 60 % 60, clock % 60);
+    return text;
+}
+
+} // namespace
 
 KolmogorovSmirnov::KolmogorovSmirnov(FacSTDictionary* dictionary, NOPROutputStats* stats,
                                      const Stats::BaseHypothesisTest* test)
@@ -66,15 +90,23 @@ void KolmogorovSmirnov::CustomizeTemplate(std::string& text) {
     double second = 0.0;
     const bool known =
         fDistribution != kNone && Parameter(1, first) && (!twoParameters || Parameter(2, second));
+    const VEXA_Variable* variable = FieldVariable(fFieldIndex);
+    const bool isDate = variable && VEXA_Format::IsDateTime(variable->GetFormat().fType);
+    // Dates within the years a calendar can name; others stay numbers.
+    const auto parameterText = [&](double value, bool spread) {
+        if (isDate && !spread && std::abs(value) < 3.0e6) {
+            return DateTimeText(value);
+        }
+        ChartString number;
+        return number.assignDouble(value, 16).str();
+    };
     if (known) {
-        ChartString p1;
-        p1.assignDouble(first, 16);
-        ChartString p2;
-        p2.assignDouble(second, 16);
         std::string line = "<line><distributionStatistic distribution=\"" +
-                           std::string(form.fName) + "\" parameter=\"" + p1.str() + "\" ";
+                           std::string(form.fName) + "\" parameter=\"" +
+                           parameterText(first, false) + "\" ";
         if (twoParameters) {
-            line += "secondaryParameter=\"" + p2.str() + "\"";
+            line +=
+                "secondaryParameter=\"" + parameterText(second, fDistribution == kNormal) + "\"";
         }
         line += "/><x variable=\"value\"/><y variable=\"count\"/></line>";
         InsertBefore(text, "</graph>", line);
@@ -85,8 +117,6 @@ void KolmogorovSmirnov::CustomizeTemplate(std::string& text) {
         ReplaceFirst(text, "labelText", "");
         return;
     }
-    const VEXA_Variable* variable = FieldVariable(fFieldIndex);
-    const bool isDate = variable && VEXA_Format::IsDateTime(variable->GetFormat().fType);
     const int decimals = variable ? variable->GetFormat().fDecimals + 1 : 3;
     const auto valueText = [&](double value, bool spread) {
         if (isDate && !spread) {

@@ -1,5 +1,6 @@
 // Marginal homogeneity facet chart: the McNemar chart's data without the
-// hypothesized series; the legend and the popup's second token go.
+// hypothesized series; the legend and the popup's second token go, and the
+// one series is named "Observed".
 #include "backend/nonpar/MarginalHomogeneity.h"
 
 #include "backend/nonpar/RSMcNemarChangeTestView.h"
@@ -21,8 +22,14 @@ bool MarginalHomogeneity::MakeChart(const std::string& suffix, bool appendSuffix
     if (!fTest) {
         return false;
     }
+    const Stats::CategoryFieldsComparison& comparison = fTest->fComparison;
+    const TableCategories rows = CategoriesOfNames(
+        comparison.fRowField, comparison.fTable.fRowNames, comparison.fTable.fRows.size());
+    const TableCategories columns =
+        CategoriesOfNames(comparison.fColumnField, comparison.fTable.fColumnNames,
+                          comparison.fTable.fRows.empty() ? 0 : comparison.fTable.fRows[0].size());
     VarDataProcessor data;
-    if (!RSMcNemarChangeTestView::FillFacetData(data, fTest->fComparison, false)) {
+    if (!RSMcNemarChangeTestView::FillFacetData(data, comparison, false, rows, columns)) {
         return false;
     }
     std::string text = XDocument::fetchTemplateFile("FacetBarChart.viztemplate");
@@ -53,11 +60,12 @@ bool MarginalHomogeneity::MakeChart(const std::string& suffix, bool appendSuffix
     prefix.replaceSubstring("\\n", "\n");
     prefix.append(" ");
     graph.getVariable("CellValue", 0).SetFormatPrefix(prefix);
-    const auto& table = fTest->fComparison.fTable;
-    RSMcNemarChangeTestView::BindFacet(graph.getVariable("Row", 0), FieldVariable(first),
-                                       table.fRowNames);
+    RSMcNemarChangeTestView::BindFacet(graph.getVariable("Row", 0), FieldVariable(first), rows);
     RSMcNemarChangeTestView::BindFacet(graph.getVariable("Column", 0), FieldVariable(second),
-                                       table.fColumnNames);
-    graph.getVariable("category", 0).setLabel(Text("E62935"));
+                                       columns);
+    // The one series is named, so that no bar is labelled by its number.
+    const XVariable category = graph.getVariable("category", 0);
+    category.setLabel(Text("E62935"));
+    category.addRelabel(0, Text("Observed"));
     return Send(document, nullptr, suffix, appendSuffix, true);
 }

@@ -7,6 +7,7 @@
 
 #include "host/bp/BpCellText.h"
 #include "host/bp/BpOutput.h"
+#include "host/cf/CFTableLayout.h"
 #include "host/chart/VarDataProcessor.h"
 #include "host/chart/XDocument.h"
 #include "host/chart/XUtility.h"
@@ -205,6 +206,30 @@ ChartString NOPRChartContext::CategoryLabel(int fieldIndex, int category) const 
         return XUtility::ChartStringFromLocalCodePage(entry->fValue.GetString());
     }
     return ValueText(FieldVariable(fieldIndex), entry->fValue.GetNumber());
+}
+
+NOPRChartContext::TableCategories
+NOPRChartContext::CategoriesOfNames(int fieldIndex, const std::vector<std::string>& names,
+                                    size_t count) const {
+    TableCategories categories;
+    for (size_t k = 0; k < count; ++k) {
+        const int position =
+            k < names.size() ? CFTableLayout::PositionOfName(names[k]) : static_cast<int>(k);
+        categories.fValues.push_back(CategoryValue(fieldIndex, position));
+        categories.fLabels.push_back(CategoryLabel(fieldIndex, position));
+    }
+    return categories;
+}
+
+std::string NOPRChartContext::FieldValueText(int fieldIndex, double value, int decimals) const {
+    const VEXA_Variable* variable = FieldVariable(fieldIndex);
+    if (variable && VEXA_Format::IsDateTime(variable->GetFormat().fType) && !CFIsSysmis(value) &&
+        std::isfinite(value)) {
+        return TemplateText(ValueText(variable,
+                                      NumericFormatCFToStat(value, variable->GetFormat().fType),
+                                      BpDataValue::kValue));
+    }
+    return FixedText(value, decimals);
 }
 
 void NOPRChartContext::SetTitles(const XGraph& graph, const std::string& suffix) const {

@@ -63,6 +63,19 @@ protected:
     // The text of category `category` of a field: its value label, else its
     // value as the field shows it.
     ChartString CategoryLabel(int fieldIndex, int category) const;
+    // The categories that the rows or columns of a table stand for, by
+    // their names (category positions, host/cf/CFTableLayout.h; a table
+    // without names counts them 0, 1, ...): their values and their texts.
+    struct TableCategories {
+        std::vector<double> fValues;
+        std::vector<ChartString> fLabels;
+    };
+    TableCategories CategoriesOfNames(int fieldIndex, const std::vector<std::string>& names,
+                                      size_t count) const;
+    // A value of a field (in the document's units, dates in days) as the
+    // field shows it: dates and times by their format, other values as
+    // fixed numbers with `decimals` decimals; as template text.
+    std::string FieldValueText(int fieldIndex, double value, int decimals) const;
     // A value of a variable (in the host's units) as the output shows it: by
     // its value label or its format (`preference` as BpDataValue's).
     static ChartString ValueText(const VEXA_Variable* variable, double value, int preference = 2);

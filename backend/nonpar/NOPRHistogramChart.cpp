@@ -1,10 +1,16 @@
-// Field histograms. Distribution table layout: one row per bin (continuous
-// fields: the bin's value and its count, binned again by the chart) or per
-// category (categorical fields: the category's value and its count).
+// Field histograms, read as host/cf/CFTableLayout.h lays the distribution
+// table out: one row per bin (continuous fields: the bin's midpoint and its
+// count, drawn as the bins they are) or per category (categorical fields:
+// the category's position and its count; "value" gets the category's value,
+// so that the field's format and value labels name it).
 #include "backend/nonpar/NOPRHistogramChart.h"
 
+#include <algorithm>
+
+#include "host/cf/CFTableLayout.h"
 #include "host/chart/VarDataProcessor.h"
 #include "host/chart/XDocument.h"
+#include "host/xml/XMLText.h"
 
 using Stats = NOPROutputStats;
 
@@ -38,13 +44,28 @@ bool NOPRHistogramChart::FillChartData(VarDataProcessor& data) {
     data.AddDataSource(kSource, 0);
     data.AddVariable(kSource, "value", nullptr);
     data.AddVariable(kSource, "count", nullptr);
+    const NumericTableData& table = fRecord->fDistribution;
+    const bool categorical = fRecord->fIsCategorical == 1;
+    using namespace CFTableLayout;
+    const size_t valueColumn =
+        categorical ? IndexOfName(table.fColumnNames, kCategoryColumnName, kCategoryColumn)
+                    : IndexOfName(table.fColumnNames, kBinValueColumnName, kBinValueColumn);
+    const size_t countColumn =
+        categorical
+            ? IndexOfName(table.fColumnNames, kCategoryCountColumnName, kCategoryCountColumn)
+            : IndexOfName(table.fColumnNames, kBinCountColumnName, kBinCountColumn);
     int row = 0;
-    for (const std::vector<double>& numbers : fRecord->fDistribution.fRows) {
-        if (numbers.size() < 2 || row + 1 >= VarDataProcessor::kMaxRows) {
+    for (const std::vector<double>& numbers : table.fRows) {
+        if (numbers.size() <= std::max(valueColumn, countColumn) ||
+            row + 1 >= VarDataProcessor::kMaxRows) {
             continue;
         }
-        data.SetVariableValue(kSource, "value", row, numbers[0]);
-        data.SetVariableValue(kSource, "count", row, numbers[1]);
+        const double value = numbers[valueColumn];
+        data.SetVariableValue(kSource, "value", row,
+                              categorical && !CFIsSysmis(value)
+                                  ? CategoryValue(fFieldIndex, TruncateToInt(value))
+                                  : value);
+        data.SetVariableValue(kSource, "count", row, numbers[countColumn]);
         ++row;
     }
     return row > 0;

@@ -865,7 +865,11 @@ void NOPROutput::WriteSignificance(BpCategory& category, const Test* test, const
     }
     const std::string rowName = row ? row->fName : std::string();
     const std::string groupName = rowGroup ? rowGroup->fName : std::string();
-    category.Cell(BpNumber(row ? row->fValue : fMissingValue, significance));
+    // A test that could not be decided shows no significance, whatever its
+    // document carries.
+    const int decision = lill ? lill->fDecision : test->fDecision;
+    const bool computed = row && decision != Stats::kDUnknown;
+    category.Cell(BpNumber(computed ? row->fValue : fMissingValue, significance));
 
     if (const Stats::ConditionMessage* blocking = Stats::FirstBlockingMessage(test)) {
         category.CellNote(MessageNote(*blocking));
@@ -1276,7 +1280,8 @@ void NOPROutput::MakeConfidenceIntervalSummary() {
 
     int rowNumber = 0;
     auto writeRow = [&](const Test* test, const BpCellText& type,
-                        const Stats::EstimateRecord& estimate, int messageCode) {
+                        const Stats::EstimateRecord& estimate,
+                        const Stats::ConditionMessage* message) {
         ++rowNumber;
         items.Category(BpNumber(rowNumber, BpProcedure::Count()));
         statistics.Category(Tr("Confidence Interval Type")).Cell(type);
@@ -1284,8 +1289,8 @@ void NOPROutput::MakeConfidenceIntervalSummary() {
         WriteNullHypothesis(parameter, test);
         BpCategory estimateCell = statistics.Category(Tr("Estimate"));
         estimateCell.Cell(BpNumber(estimate.fEstimate, BpProcedure::Coefficient()));
-        if (messageCode != 0) {
-            estimateCell.CellNote(Tr(IntText(messageCode)).Replicate());
+        if (message && message->fCode != 0) {
+            estimateCell.CellNote(MessageNote(*message));
         }
         BpGroup interval = statistics.Group(intervalTitle, true, kSortNone);
         interval.Category(Tr("Lower")).Cell(BpNumber(estimate.fLower, BpProcedure::Coefficient()));
@@ -1297,20 +1302,23 @@ void NOPROutput::MakeConfidenceIntervalSummary() {
         if (!test) {
             continue;
         }
-        const int messageCode = test->fMessages.empty() ? 0 : test->fMessages.front().fCode;
+        // The first message marks every estimate of the test, its places
+        // filled as in the summary's message notes.
+        const Stats::ConditionMessage* message =
+            test->fMessages.empty() ? nullptr : &test->fMessages.front();
         const std::string title = Stats::AlgorithmTitle(test->fAlgorithm);
         if (auto* hodgesLehmann = dynamic_cast<const Stats::HTHodgesLehmann*>(test)) {
-            writeRow(test, Tr(title), hodgesLehmann->fEstimate, messageCode);
+            writeRow(test, Tr(title), hodgesLehmann->fEstimate, message);
         } else if (auto* binomial =
                        dynamic_cast<const Stats::HTOEstimateConfidenceInterval*>(test)) {
             if (binomial->fIntervals.empty()) {
-                writeRow(test, Tr(title), Stats::EstimateRecord(), messageCode);
+                writeRow(test, Tr(title), Stats::EstimateRecord(), message);
             }
             for (const Stats::IntervalEntry& interval : binomial->fIntervals) {
                 BpComposite type(title + " ^1", true);
                 type.Add(Tr(interval.fMethod));
                 type.Finish();
-                writeRow(test, type, interval.fEstimate, messageCode);
+                writeRow(test, type, interval.fEstimate, message);
             }
         }
     }

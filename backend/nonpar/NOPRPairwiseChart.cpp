@@ -4,9 +4,10 @@
 // name. Edges ("edgeSource_1", one row per row of the comparison table):
 // columns "Sample1", "Sample2" and "AdjSig" are found by name, else at the
 // positions 0, 1 and 6 of the 7-column table. The significance level in the
-// relabels is written as briefly as it reads back (0.05). Without a known
-// test field, the note speaks of successes for Cochran's test and of average
-// ranks for Friedman's and Kendall's.
+// relabels is written as briefly as it reads back (0.05). The note names
+// what the nodes show: medians for the median test, average ranks for the
+// other tests of a known test field. Without a known test field, the note speaks of successes for
+// Cochran's test and of average ranks for Friedman's and Kendall's.
 #include "backend/nonpar/NOPRPairwiseChart.h"
 
 #include <algorithm>
@@ -118,7 +119,9 @@ bool NOPRPairwiseChart::MakeChart(const std::string& suffix, bool appendSuffix) 
     if (field) {
         fTitle = Text("Pairwise Comparisons of ^1");
         fTitle.replaceSubstring("^1", FieldLabel(fTestField).str());
-        footnote = Text("Each node shows the\\nsample average rank of\\n^1.");
+        footnote = Text(fTest->fAlgorithm == Stats::kAIMedian
+                            ? "Each node shows the\\nsample median of\\n^1."
+                            : "Each node shows the\\nsample average rank of\\n^1.");
         footnote.replaceSubstring("^1", FieldLabel(fTestField).str());
     } else {
         fTitle = Text("Pairwise Comparisons");

@@ -1,18 +1,17 @@
-// McNemar facet chart. The comparison table has one row per category of the
-// first field and one column per category of the second (row and column
-// names: the category values). "graphSource" holds, per cell, a row with
-// "Category" 0 and the observed count as "CellValue", and (McNemar) a row
-// with "Category" 1 and the hypothesized count: the observed count on the
-// diagonal, the mean of the cell and its mirror cell elsewhere (square
-// tables; other tables keep the observed count). "CellText" is the row's
-// category value (graph variable "Row", relabelled with the text the field
-// shows for it), "Column" the column's; both tooltips go on every row of the
-// cell. The popup shows the observed ($[1]$) and the hypothesized ($[2]$)
+// McNemar facet chart. The comparison table (host/cf/CFTableLayout.h) has
+// one row per category of the first field and one column per category of
+// the second, named by the categories' positions. "graphSource" holds, per
+// cell, a row with "Category" 0 and the observed count as "CellValue", and
+// (McNemar) a row with "Category" 1 and the hypothesized count: the observed
+// count on the diagonal, the mean of the cell and its mirror cell elsewhere
+// (square tables; other tables keep the observed count). "CellText" is the
+// row's category value (graph variable "Row", relabelled with the
+// category's text), "Column" the column's; both tooltips go on every row of
+// the cell. The popup shows the observed ($[1]$) and the hypothesized ($[2]$)
 // count.
 #include "backend/nonpar/RSMcNemarChangeTestView.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 
 #include "host/chart/ChartTranscoder.h"
@@ -38,36 +37,22 @@ RSMcNemarChangeTestView::RSMcNemarChangeTestView(FacSTDictionary* dictionary,
 
 RSMcNemarChangeTestView::~RSMcNemarChangeTestView() = default;
 
-double RSMcNemarChangeTestView::CategoryCode(const std::vector<std::string>& names,
-                                             size_t position) {
-    if (position < names.size()) {
-        const std::string& name = names[position];
-        double value = 0.0;
-        const auto [end, error] = std::from_chars(name.data(), name.data() + name.size(), value);
-        if (error == std::errc() && end == name.data() + name.size() && std::isfinite(value)) {
-            return value;
-        }
-    }
-    return static_cast<double>(position);
-}
-
 void RSMcNemarChangeTestView::BindFacet(const XVariable& facet, const VEXA_Variable* field,
-                                        const std::vector<std::string>& names) {
+                                        const TableCategories& categories) {
     if (!field) {
         return;
     }
     facet.setVexaVariable(field);
     facet.setFormatBasedOnVexaVariable(field);
-    for (size_t i = 0; i < names.size(); ++i) {
-        const double code = CategoryCode(names, i);
-        facet.addRelabel(code,
-                         ValueText(field, NumericFormatCFToStat(code, field->GetFormat().fType)));
+    for (size_t i = 0; i < categories.fValues.size(); ++i) {
+        facet.addRelabel(categories.fValues[i], categories.fLabels[i]);
     }
 }
 
 bool RSMcNemarChangeTestView::FillFacetData(VarDataProcessor& data,
                                             const Stats::CategoryFieldsComparison& comparison,
-                                            bool hypothesized) {
+                                            bool hypothesized, const TableCategories& rows,
+                                            const TableCategories& columns) {
     const NumericTableData& table = comparison.fTable;
     data.AddDataSource(kSource, 0);
     for (const char* name : {"CellText", "Column", "Category", "CellValue", "ObservedTooltip"}) {
@@ -76,14 +61,15 @@ bool RSMcNemarChangeTestView::FillFacetData(VarDataProcessor& data,
     if (hypothesized) {
         data.AddVariable(kSource, "HypothesizedTooltip", nullptr);
     }
-    const size_t rows = table.fRows.size();
+    const size_t rowCount = std::min(table.fRows.size(), rows.fValues.size());
     const auto cell = [&](size_t r, size_t c) {
-        return r < rows && c < table.fRows[r].size() ? table.fRows[r][c] : kCFSysmis;
+        return r < rowCount && c < table.fRows[r].size() ? table.fRows[r][c] : kCFSysmis;
     };
     int row = 0;
-    for (size_t r = 0; r < rows; ++r) {
-        const bool square = table.fRows[r].size() == rows;
-        for (size_t c = 0; c < table.fRows[r].size(); ++c) {
+    for (size_t r = 0; r < rowCount; ++r) {
+        const bool square = table.fRows[r].size() == table.fRows.size();
+        const size_t columnCount = std::min(table.fRows[r].size(), columns.fValues.size());
+        for (size_t c = 0; c < columnCount; ++c) {
             const double observed = cell(r, c);
             const double mirror = cell(c, r);
             double expected = observed;
@@ -91,8 +77,8 @@ bool RSMcNemarChangeTestView::FillFacetData(VarDataProcessor& data,
                 expected = (observed + mirror) / 2.0;
             }
             for (int type = 0; type < (hypothesized ? 2 : 1); ++type) {
-                data.SetVariableValue(kSource, "CellText", row, CategoryCode(table.fRowNames, r));
-                data.SetVariableValue(kSource, "Column", row, CategoryCode(table.fColumnNames, c));
+                data.SetVariableValue(kSource, "CellText", row, rows.fValues[r]);
+                data.SetVariableValue(kSource, "Column", row, columns.fValues[c]);
                 data.SetVariableValue(kSource, "Category", row, type);
                 data.SetVariableValue(kSource, "CellValue", row, type == 0 ? observed : expected);
                 data.SetVariableValue(kSource, "ObservedTooltip", row, observed);
@@ -110,8 +96,14 @@ bool RSMcNemarChangeTestView::MakeChart(const std::string& suffix, bool appendSu
     if (!fTest) {
         return false;
     }
+    const Stats::CategoryFieldsComparison& comparison = fTest->fComparison;
+    const TableCategories rows = CategoriesOfNames(
+        comparison.fRowField, comparison.fTable.fRowNames, comparison.fTable.fRows.size());
+    const TableCategories columns =
+        CategoriesOfNames(comparison.fColumnField, comparison.fTable.fColumnNames,
+                          comparison.fTable.fRows.empty() ? 0 : comparison.fTable.fRows[0].size());
     VarDataProcessor data;
-    if (!FillFacetData(data, fTest->fComparison, true)) {
+    if (!FillFacetData(data, comparison, true, rows, columns)) {
         return false;
     }
     std::string text = XDocument::fetchTemplateFile("FacetBarChart.viztemplate");
@@ -138,9 +130,8 @@ bool RSMcNemarChangeTestView::MakeChart(const std::string& suffix, bool appendSu
     prefix.replaceSubstring("\\n", "\n");
     prefix.append(" ");
     graph.getVariable("CellValue", 0).SetFormatPrefix(prefix);
-    const auto& table = fTest->fComparison.fTable;
-    BindFacet(graph.getVariable("Row", 0), FieldVariable(first), table.fRowNames);
-    BindFacet(graph.getVariable("Column", 0), FieldVariable(second), table.fColumnNames);
+    BindFacet(graph.getVariable("Row", 0), FieldVariable(first), rows);
+    BindFacet(graph.getVariable("Column", 0), FieldVariable(second), columns);
     const XVariable category = graph.getVariable("category", 0);
     category.setLabel(Text("E62935"));
     category.addRelabel(0, Text("Observed"));

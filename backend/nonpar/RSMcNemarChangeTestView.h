@@ -17,18 +17,16 @@ public:
     // True when a chart was sent.
     virtual bool MakeChart(const std::string& suffix, bool appendSuffix);
 
-    // Fills "graphSource" from a two-way table; with `hypothesized`, each
-    // cell also gets its count expected under symmetry. False without cells.
+    // Fills "graphSource" from a two-way table whose rows and columns stand
+    // for the given categories; with `hypothesized`, each cell also gets its
+    // count expected under symmetry. False without cells.
     static bool FillFacetData(VarDataProcessor& data,
                               const NOPROutputStats::CategoryFieldsComparison& comparison,
-                              bool hypothesized);
-    // The row value of a category name: the name read as a number, else its
-    // position.
-    static double CategoryCode(const std::vector<std::string>& names, size_t position);
-    // Binds a facet variable to a field and gives each category of the table
-    // (by its name) the text the field shows for it.
+                              bool hypothesized, const TableCategories& rows,
+                              const TableCategories& columns);
+    // Binds a facet variable to a field and names each category by its text.
     static void BindFacet(const XVariable& facet, const VEXA_Variable* field,
-                          const std::vector<std::string>& names);
+                          const TableCategories& categories);
 
 private:
     const NOPROutputStats::HTRMcNemar* fTest;

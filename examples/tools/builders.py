@@ -1,12 +1,14 @@
 """One builder per test: computes the test from a document's data and
 returns its Algorithm element(s). Fields are given by index; categories by
-their position in the field's category list."""
+their position in the field's category list. Every table a chart draws is
+laid out as host/cf/CFTableLayout.h says (the names are in statxml.py)."""
 
 import math
 
 import npstats as st
-from statxml import (algorithm, attr, boxplot_info, comparison, condition, decide, histogram_table,
-                     simple, statistics, struct)
+from statxml import (FAILURE_COLUMN, HYPOTHESIZED_ROW, OBSERVED_ROW, SUCCESS_COLUMN, algorithm, attr,
+                     boxplot_info, comparison, condition, decide, histogram_table, simple, statistics,
+                     struct)
 
 ONE, REL, IND = "One_Sample", "Related_Samples", "Independent_Samples"
 MC_SAMPLES, MC_SEED = 10000, 2000000
@@ -103,7 +105,7 @@ def chi_square(doc, fi, probabilities=None):
         statistics(("TotalN", n), ("TestStatistic", chi), ("DegreeOfFreedom", k - 1),
                    ("AsymptoticSig2Tailed", p)),
         struct("TwoClassComparison",
-               simple("Content", ["Observed", "Hypothesized"], [str(i) for i in range(k)],
+               simple("Content", [OBSERVED_ROW, HYPOTHESIZED_ROW], [str(i) for i in range(k)],
                       [observed, expected])))
 
 
@@ -133,7 +135,7 @@ def binomial(doc, fi, key, params, success, failure=None, cut=None, p0=0.5, extr
         statistics(("TotalN", n), ("TestStatistic", s), ("StandardError", se),
                    ("StandardizedTestStatistic", z), ("ExactSig2Tailed", p)),
         struct("TwoClassComparison",
-               simple("Content", ["Observed", "Hypothesized"], ["Success", "Failure"],
+               simple("Content", [OBSERVED_ROW, HYPOTHESIZED_ROW], [SUCCESS_COLUMN, FAILURE_COLUMN],
                       [[100.0 * s / n, 100.0 * (n - s) / n], [100 * p0, 100 * (1 - p0)]])))
 
 
@@ -183,7 +185,7 @@ def wilcoxon_one_sample(doc, fi, m0, bins, ordinal_as_cont=None):
 # Related samples
 
 
-def related_pair(doc, first, second, sign, width, start):
+def related_pair(doc, first, second, sign, width):
     (x, y), _ = _pairs(doc, [first, second])
     d = [b - a for a, b in zip(x, y)]
     tplus, se, z, p, neg, ties, pos = st.signed_rank(d)
@@ -208,7 +210,7 @@ def related_pair(doc, first, second, sign, width, start):
         statistics(("TotalN", n), ("TestStatistic", stat), ("StandardError", se),
                    ("StandardizedTestStatistic", z), sig),
         struct("ContinuousDistribution", attr("NegativeDifferences", neg), attr("Ties", ties),
-               attr("PositiveDifferences", pos), histogram_table(st.histogram(d, width, start))))
+               attr("PositiveDifferences", pos), histogram_table(st.difference_histogram(d, width))))
 
 
 def _rank_test_on(columns_by_field, fields):
@@ -270,7 +272,7 @@ def cochran(doc, fields, success_value, comparisons="Pairwise", extra=()):
             pp = st.norm_sf2(z)
             rows.append((fields[a], fields[b], stat, se, z, pp, min(1.0, pp * m)))
     order = sorted(range(k), key=lambda i: successes[i])
-    table = simple("Content", [str(f) for f in fields], ["Success", "Failure"],
+    table = simple("Content", [str(f) for f in fields], [SUCCESS_COLUMN, FAILURE_COLUMN],
                    [[100.0 * t / n, 100.0 * (n - t) / n] for t in successes])
     return algorithm(
         "RCochransQ", REL, decide(p), condition("CategoryListsAreSpecified_R_CochransQ_1", [fields]),

@@ -80,7 +80,7 @@ def overview():
                                      [5, 1, 0, 0.5, 0.5], success=[1], failure=[0]))
     doc.algorithms.append(t.success_rate(doc, 5, "ABinaryTestVariableIsSpecified_O_Binomial_2", [5, 1],
                                          success=[1]))
-    doc.algorithms.append(t.related_pair(doc, 0, 2, sign=False, width=10, start=-60))
+    doc.algorithms.append(t.related_pair(doc, 0, 2, sign=False, width=10))
     doc.algorithms.append(t.friedman_like(doc, [0, 1, 2]))
     doc.algorithms.append(t.mann_whitney(doc, 2, 4, 10))
     kw, _ = t.kruskal_wallis(doc, 2, 3)
@@ -258,7 +258,7 @@ def related_samples():
                    "feeling rested, snoring and sleep quality before and after, and each patient's "
                    "ranking of four pillows (1 = most comfortable).", fields)
     a = doc.algorithms
-    a.append(t.related_pair(doc, 0, 1, sign=True, width=0.5, start=0))
+    a.append(t.related_pair(doc, 0, 1, sign=True, width=0.5))
     a.append(t.cochran(doc, [2, 3, 4], 1, extra=[messages(message(220052, "helpMessage", [2]))]))
     a.append(t.mcnemar(doc, 5, 6, success=1, failure=0, row_outside=[9], col_outside=[9]))
     a.append(t.marginal_homogeneity(doc, 7, 8))
@@ -363,7 +363,7 @@ def split_documents():
             Field("gender", "Gender", "categorical", "integer", [gender] * n, [(1, "Female"), (2, "Male")]),
         ]
         doc = Document("Teaching-method study, split by gender: the cases of gender = %d." % gender, fields)
-        doc.algorithms.append(t.related_pair(doc, 0, 1, sign=False, width=5, start=0))
+        doc.algorithms.append(t.related_pair(doc, 0, 1, sign=False, width=5))
         doc.algorithms.append(t.mann_whitney(doc, 1, 2, 5, exact=True))
         for i in (0, 1):
             doc.field_infos.append(field_info(i, fields[i], st.histogram(fields[i].valid(), 5, 0)))
@@ -441,7 +441,7 @@ MINIMAL = """<?xml version="1.0" encoding="UTF-8"?>
             <Attribute name="Total" value="10"/>
             <SimpleTable name="Categories">
               <RowNames></RowNames>
-              <ColumnNames>Value Count</ColumnNames>
+              <ColumnNames>Category Count</ColumnNames>
               <Row>0 6</Row>
               <Row>1 4</Row>
             </SimpleTable>

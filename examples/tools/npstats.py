@@ -249,6 +249,27 @@ def histogram(values, width, origin=0.0, lo=None, hi=None):
     return bins
 
 
+def difference_histogram(values, width):
+    """Bins of paired differences with zero as a bin edge: negative
+    differences in [-(k+1)w, -kw), positive ones in (kw, (k+1)w]; zero
+    differences (ties) are in no bin. List of (midpoint, count), lowest
+    first, covering the range of the non-zero differences."""
+    nonzero = [v for v in values if v != 0]
+    if not nonzero:
+        return []
+    lo = min(0, -math.ceil(-min(nonzero) / width))
+    hi = max(0, math.ceil(max(nonzero) / width))
+    bins = []
+    for k in range(lo, hi):
+        a, b = k * width, (k + 1) * width
+        if b <= 0:
+            count = sum(1 for v in nonzero if a <= v < b)
+        else:
+            count = sum(1 for v in nonzero if a < v <= b)
+        bins.append((a + width / 2.0, count))
+    return bins
+
+
 # ---------------------------------------------------------------------------
 # One-sample tests
 

@@ -7,6 +7,18 @@ import npstats as st
 
 MISSING = "__MISSING__"
 
+# The layout of the tables that charts draw, as host/cf/CFTableLayout.h
+# fixes it (read its banner): tables index categories by their position in
+# the field's category list; frequency and two-class tables have the
+# observed row first and the hypothesized row second; histograms have one
+# row per bin (midpoint, count), category counts one row per category
+# (position, count); difference histograms have zero as a bin edge and leave
+# the ties out. Keep these names equal to the header's.
+OBSERVED_ROW, HYPOTHESIZED_ROW = "Observed", "Hypothesized"
+SUCCESS_COLUMN, FAILURE_COLUMN = "Success", "Failure"
+BIN_VALUE_COLUMN, BIN_COUNT_COLUMN = "Value", "Count"
+CATEGORY_COLUMN, CATEGORY_COUNT_COLUMN = "Category", "Count"
+
 
 def num(x):
     """A number as the engine writes it; None is the missing value."""
@@ -129,7 +141,7 @@ def decide(sig, level=0.05):
 
 
 def histogram_table(bins, name="Histogram"):
-    return simple(name, [], ["Value", "Count"], [[v, c] for v, c in bins])
+    return simple(name, [], [BIN_VALUE_COLUMN, BIN_COUNT_COLUMN], [[v, c] for v, c in bins])
 
 
 def box_tables(values, case_numbers):
@@ -202,7 +214,7 @@ def field_info(index, field, bins=None):
     if bins is None:
         counts = [sum(1 for v in valid if v == value) for value, _ in field.values]
         table = struct("CategoricalDistribution", attr("Total", len(valid)),
-                       simple("Categories", [], ["Value", "Count"],
+                       simple("Categories", [], [CATEGORY_COLUMN, CATEGORY_COUNT_COLUMN],
                               [[i, c] for i, c in enumerate(counts)]))
     else:
         table = struct("ContinuousDistribution", attr("Total", len(valid)), attr("Min", min(valid)),

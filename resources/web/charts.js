@@ -562,10 +562,11 @@
     return width;
   }
 
-  // <binStatistic/>: equal-width bins over the range of x, about the square
-  // root of the number of cases (at least 5); each bin (per colour category)
-  // adds up y (with <summaryStatistic method="sum"/>: y holds counts) or
-  // counts its rows.
+  // <binStatistic/>: with <summaryStatistic method="sum"/> the rows are the
+  // document's bins already (x the bin's midpoint, y its count): one bar per
+  // bin as it is, never binned again. Otherwise equal-width bins over the
+  // range of x, about the square root of the number of cases (at least 5),
+  // each (per colour category) counting its rows.
   function binRows(rows, x, y, split, summed) {
     let lo = Infinity;
     let hi = -Infinity;
@@ -577,10 +578,10 @@
     }
     const count = Math.max(5, Math.round(Math.sqrt(Math.max(cases, 0))));
     const distinct = sortedValues(rows, x);
-    if (distinct.length <= count) {
-      // No more values than bins (counts of a few values, or bins the engine
-      // made): one bar per value, each spanning half the way to its
-      // neighbours, rather than bins that split or merge values.
+    if (summed || distinct.length <= count) {
+      // Bins the engine made, or no more values than bins: one bar per
+      // value, each spanning half the way to its neighbours, rather than
+      // bins that split or merge values.
       const grouped = new Map();
       for (const row of rows) {
         const key = row[x] + '|' + (split ? row[split] : '');
@@ -645,13 +646,26 @@
     }
   }
 
-  function readDistribution(node) {
+  // A distribution parameter: a number, or a date-time value
+  // ("yyyy-MM-ddThh:mm:ss") in the unit of the data's dates (`unit`, days or
+  // seconds since 1970-01-01).
+  function parameterValue(text, unit) {
+    const m = /^\s*(\d{4})-(\d{2})-(\d{2})T(\d{2}):(\d{2}):(\d{2}(?:\.\d+)?)\s*$/.exec(text || '');
+    if (!m) {
+      return number(text, NaN);
+    }
+    const ms = Date.UTC(Number(m[1]), Number(m[2]) - 1, Number(m[3]), Number(m[4]), Number(m[5])) +
+        Number(m[6]) * 1000;
+    return ms / (unit === 'days' ? 86400000 : 1000);
+  }
+
+  function readDistribution(node, unit) {
     if (!node) {
       return null;
     }
     const kind = attr(node, 'distribution', 'normal');
-    const p1 = number(node.getAttribute('parameter'), NaN);
-    const p2 = number(attr(node, 'secondaryParameter', ''), NaN);
+    const p1 = parameterValue(node.getAttribute('parameter'), unit);
+    const p2 = parameterValue(attr(node, 'secondaryParameter', ''), unit);
     const f = density(kind, p1, p2);
     if (!f || !Number.isFinite(p1) || ((kind === 'normal' || kind === 'uniform') &&
         !Number.isFinite(p2))) {
@@ -839,7 +853,9 @@
     // A fitted distribution drawn over the bars (<line> with a
     // <distributionStatistic>), scaled to the counts.
     for (const line of children(graph, 'line')) {
-      const dist = readDistribution(child(line, 'distributionStatistic'));
+      const xFormat = model.variables.has(x) ? model.variables.get(x).format : null;
+      const dist = readDistribution(child(line, 'distributionStatistic'),
+          xFormat ? xFormat.unit : 'seconds');
       if (!dist || !binned) {
         continue;
       }
@@ -1276,6 +1292,9 @@
         perRow[dim] = order.length;
       }
       const columns = perRow.column || 1;
+      // Room beside the cells: the row headers and, where there is one, the
+      // legend to the right, so that neither is cut off.
+      const reserved = 110 + (root.getElementsByTagName('legend').length > 0 ? 150 : 0);
       definition.data = {values: rows};
       definition.facet = facet;
       // vega-lite takes the inner chart of a facet under this key.
@@ -1283,7 +1302,7 @@
         const copy = Object.assign({}, layer);
         delete copy.data;
         return copy;
-      }), width: Math.max(80, Math.floor((size.width - 140) / columns) - 16),
+      }), width: Math.max(80, Math.floor((size.width - reserved) / columns) - 16),
       height: Math.max(90, Math.floor(size.height / Math.max(1, perRow.row || 1)))};
       definition.resolve = {scale: {x: 'shared', y: 'shared'}};
     } else {
@@ -1392,7 +1411,16 @@
   // the parser adds them (a figure is complete once its caption, its last
   // child, is there) and the first screen's charts are drawn while the rest
   // of a long report is still being read.
+  // Before the page is printed (or saved as PDF) every chart not drawn yet
+  // is drawn: the drawing is a chain of promises without timers, so it ends
+  // in the microtasks that run before the browser lays the page out for
+  // print.
+  function drawAll() {
+    return Promise.all(Array.from(document.querySelectorAll('figure.chart'), draw));
+  }
+
   function start() {
+    global.addEventListener('beforeprint', drawAll);
     if (!('IntersectionObserver' in global)) {
       document.addEventListener('DOMContentLoaded', function () {
         document.querySelectorAll('figure.chart').forEach(draw);
@@ -1437,6 +1465,6 @@
     });
   }
 
-  global.NptestsCharts = {toSpec: toSpec, draw: draw};
+  global.NptestsCharts = {toSpec: toSpec, draw: draw, drawAll: drawAll};
   start();
 })(window);

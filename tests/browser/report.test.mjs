@@ -95,7 +95,9 @@ async function drawChart(figure) {
       marks[name] = (marks[name] || 0) + items.length;
       total += items.length;
     }
-    return {state: element.dataset.drawn, marks, total, width: element.getBoundingClientRect().width};
+    const view = element.querySelector('.chart-view');
+    return {state: element.dataset.drawn, marks, total, width: element.getBoundingClientRect().width,
+      overflow: view.scrollWidth - view.clientWidth};
   });
 }
 
@@ -214,6 +216,7 @@ describe('HTML report in Chromium', () => {
         const drawn = await drawChart(figures[i]);
         assert.equal(drawn.state, 'yes', `chart ${i + 1} (${chart.template}) drawn`);
         assert.ok(drawn.total > 0, `chart ${i + 1} (${chart.template}) has marks`);
+        assert.ok(drawn.overflow <= 1, `chart ${i + 1} (${chart.template}) is cut off by ${drawn.overflow}px`);
         if (chart.template === 'NPARBoxplot.viztemplate') {
           const groups = distinct(chart.data.boxplotSource.Category);
           assert.equal(marksNamed(drawn, 'box_marks'), groups, `boxes of chart ${i + 1}`);
@@ -246,6 +249,47 @@ describe('HTML report in Chromium', () => {
       }
       await page.close();
       assert.deepEqual(problems, []);
+    });
+  }
+
+  // Printing (here to PDF) draws every chart first, also those never
+  // scrolled to: right after printing each figure holds its drawn chart, and
+  // the PDF is the one printed from the same page with every chart drawn
+  // beforehand.
+  for (const name of ['overview', 'large_k']) {
+    test(`printing ${name} to PDF draws every chart`, async () => {
+      const run = exampleRuns().find((each) => each.name === name);
+      const file = join(artifacts, `${name}-print.html`);
+      nptests([...run.args, '-o', file]);
+      const charts = itemsOf(JSON.parse(nptests([...run.args, '-f', 'json'])))
+          .filter((item) => item.kind === 'chart');
+      const state = (page) => page.$$eval('figure.chart', (figures) => figures.map((figure) => ({
+        drawn: figure.dataset.drawn || 'no',
+        marks: figure.querySelectorAll('.chart-view svg g.role-mark').length,
+        title: figure.querySelector('.chart-view svg') ?
+          figure.querySelector('.chart-view svg').textContent : '',
+      })));
+
+      const fresh = await browser.context.newPage();
+      await fresh.goto(pathToFileURL(file).href, {waitUntil: 'load'});
+      const before = await state(fresh);
+      assert.equal(before.length, charts.length, 'charts');
+      assert.ok(before.some((figure) => figure.drawn === 'no'), 'some charts wait to be scrolled to');
+      const printed = await fresh.pdf({path: join(artifacts, `${name}.pdf`)});
+      const after = await state(fresh);
+      after.forEach((figure, i) => {
+        assert.equal(figure.drawn, 'yes', `chart ${i + 1} (${charts[i].template}) drawn for print`);
+        assert.ok(figure.marks > 0, `chart ${i + 1} has marks`);
+        assert.ok(figure.title.includes(charts[i].title), `chart ${i + 1} shows "${charts[i].title}"`);
+      });
+      await fresh.close();
+
+      const drawn = await browser.context.newPage();
+      await drawn.goto(pathToFileURL(file).href, {waitUntil: 'load'});
+      await drawn.evaluate(() => window.NptestsCharts.drawAll());
+      const reference = await drawn.pdf();
+      await drawn.close();
+      assert.equal(printed.length, reference.length, 'the PDF holds every chart');
     });
   }
 
