@@ -10,6 +10,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "host/cf/CFMetaData.h"
 #include "host/parser/ParserText.h"
 #include "host/vexa/VEXA_DataSource.h"
 #include "host/xml/SDOMXMLWrapper.h"
@@ -247,6 +248,9 @@ std::string AddDictionaryVariable(const Json& entry, VEXA_DataSource& source) {
     if (!text("label", label) || !text("type", type) || !text("measure", measureText)) {
         return name + ": label, type and measure must be texts";
     }
+    if (name.size() > kCFMaxLabelBytes || label.size() > kCFMaxLabelBytes) {
+        return "has a name or label longer than " + std::to_string(kCFMaxLabelBytes) + " bytes";
+    }
     if (type != "numeric" && type != "string") {
         return name + ": type must be \"numeric\" or \"string\", not \"" + type + "\"";
     }
@@ -291,6 +295,11 @@ std::string AddDictionaryVariable(const Json& entry, VEXA_DataSource& source) {
             return name + ": each value label needs a " +
                    std::string(isString ? "text" : "numeric") + " \"value\" and a \"label\" text";
         }
+        if (pair["label"].get_ref<const std::string&>().size() > kCFMaxLabelBytes ||
+            (isString && pair["value"].get_ref<const std::string&>().size() > kCFMaxLabelBytes)) {
+            return name + ": a value label is longer than " + std::to_string(kCFMaxLabelBytes) +
+                   " bytes";
+        }
         if (isString) {
             variable.ValueLabels().Add(pair["value"].get<std::string>(),
                                        pair["label"].get<std::string>());
@@ -308,7 +317,8 @@ std::unique_ptr<VEXA_DataSource> DataSourceFromDictionary(const std::string& jso
     Json root;
     try {
         root = Json::parse(json);
-    } catch (const Json::parse_error& e) {
+    } catch (const Json::exception& e) {
+        // Syntax errors, and numbers beyond the range of a double ("1e400").
         error = std::string("not valid JSON: ") + e.what();
         return nullptr;
     }

@@ -18,6 +18,20 @@
 using Stats = NOPROutputStats;
 
 namespace {
+// False, with a message, when a text of data field `field` is longer than a
+// label may be.
+bool LabelFits(const std::string& text, int field) {
+    if (text.size() <= kCFMaxLabelBytes) {
+        return true;
+    }
+    CFErrorChannel::Error("a text of data field " + std::to_string(field) + " has " +
+                          std::to_string(text.size()) +
+                          " bytes; a name, label or value may "
+                          "have at most " +
+                          std::to_string(kCFMaxLabelBytes));
+    return false;
+}
+
 bool Contains(std::string_view text, std::string_view part) {
     return text.find(part) != std::string_view::npos;
 }
@@ -172,6 +186,9 @@ bool OutputXMLParser::ParseDataDictionary(const SDOMXMLWrapper& root) {
             dataField.GetAttribute("optype", optype);
             dataField.GetAttribute("dataType", dataType);
             CF_ASSERT(index == curIndex);
+            if (!LabelFits(name, curIndex) || !LabelFits(displayName, curIndex)) {
+                return false;
+            }
 
             const int storage = StorageOfDataType(dataType);
             auto field = std::make_unique<CFField>(name, MeasureOfOptype(optype), storage, 7);
@@ -190,6 +207,9 @@ bool OutputXMLParser::ParseDataDictionary(const SDOMXMLWrapper& root) {
                     valueElm.GetAttribute("value", value);
                     valueElm.GetAttribute("displayValue", displayValue);
                     CF_ASSERT(curVIndex == vindex);
+                    if (!LabelFits(value, curIndex) || !LabelFits(displayValue, curIndex)) {
+                        return false;
+                    }
                     CFDatum datum = DatumOf(value, storage);
                     valueLabels.push_back({datum, std::move(displayValue)});
                     values.push_back({std::move(datum), std::move(value)});
