@@ -2,6 +2,7 @@
 // module, has it write its output tree, and renders that tree.
 #include "app/Run.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -320,18 +321,30 @@ bool ProduceSplits(CFProcCustom& procedure, BpProcedure& output,
         const size_t items = output.Root().fChildren.size();
         bool ok = false;
         std::string failure;
+        const size_t earlierMessages = CFErrorChannel::Messages().size();
+        CFErrorChannel::SetSource(run.front().fSource);
         try {
             const ThrowingAssertions throwing;
             ok = procedure.ProduceOutput(models, run);
         } catch (const CFAssertionFailure& assertion) {
             failure = assertion.what();
         }
+        CFErrorChannel::SetSource({});
         splits[i] = std::move(run.front());
         if (!ok) {
             output.DropItemsAfter(items);
-            CFErrorChannel::Error(
-                splits[i].fSource + ": " +
-                (failure.empty() ? "not a readable nonparametric-tests result document" : failure));
+            // A reader that said why it failed has named the document; else
+            // the failure is told here.
+            const std::vector<CFMessage> messages = CFErrorChannel::Messages();
+            const bool told = std::any_of(
+                messages.begin() + static_cast<std::ptrdiff_t>(earlierMessages), messages.end(),
+                [](const CFMessage& message) { return message.fKind == CFMessage::kError; });
+            if (!failure.empty() || !told) {
+                CFErrorChannel::Error(splits[i].fSource + ": " +
+                                      (failure.empty()
+                                           ? "not a readable nonparametric-tests result document"
+                                           : failure));
+            }
             return false;
         }
     }

@@ -1416,7 +1416,13 @@ void NOPROutput::MakePairwiseTable(BpHeading& heading, const Test* test,
     for (const std::vector<double>& row : content.fRows) {
         Pair pair{TruncateToInt(row[0]), TruncateToInt(row[1]), 0.0, 0.0, &row};
         if (!values.Contains(pair.fFirst) || !values.Contains(pair.fSecond)) {
-            return; // a sample outside the rank data: the frame alone
+            // A sample outside the rank data: that row alone is left out.
+            BpError::Warning(
+                "a pairwise comparison names sample " +
+                std::to_string(values.Contains(pair.fFirst) ? pair.fSecond : pair.fFirst) +
+                ", which the comparison's samples do not include; its row is "
+                "left out");
+            continue;
         }
         pair.fFirstValue = values.Value(pair.fFirst);
         pair.fSecondValue = values.Value(pair.fSecond);

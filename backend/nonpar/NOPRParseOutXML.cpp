@@ -117,8 +117,13 @@ bool OutputXMLParser::Parse() {
     bool result = true;
     try {
         SDOMXMLWrapper root;
-        result = root.LoadFromString(fXML) && ParseHeader(root) && ParseCounts(root) &&
-                 ParseDataDictionary(root) && ParseTests(root) && ParseFieldInfos(root);
+        if (!root.LoadFromString(fXML)) {
+            CFErrorChannel::Error(root.Error());
+            result = false;
+        } else {
+            result = ParseHeader(root) && ParseCounts(root) && ParseDataDictionary(root) &&
+                     ParseTests(root) && ParseFieldInfos(root);
+        }
     } catch (const CFAssertionFailure&) {
         throw;
     } catch (...) {
@@ -288,7 +293,13 @@ bool OutputXMLParser::ParseAlgorithm(const SDOMXMLWrapper& algorithm) {
         fStats->CreateTest(Stats::ClassificationOfKey(classification), Stats::AlgorithmOfKey(name),
                            Stats::DecisionOfWord(decision));
     if (!test) {
-        return true; // a test the model has no record for is passed over
+        // A test the model has no record for is passed over; a word that
+        // names no test at all is most likely misspelt.
+        if (Stats::AlgorithmOfKey(name) == Stats::kAUnknown) {
+            CFErrorChannel::Warning("the test \"" + name.substr(0, 80) +
+                                    "\" is not one this program knows; it is left out");
+        }
+        return true;
     }
     SDOMXMLIterator tables;
     if (!algorithm.GetElementIterator("StructuredTable", tables, true)) {
