@@ -331,6 +331,9 @@ bool ProduceSplits(CFProcCustom& procedure, BpProcedure& output,
         }
         CFErrorChannel::SetSource({});
         splits[i] = std::move(run.front());
+        // Its text is not needed again; a large one is not held while the
+        // next is read.
+        std::string().swap(splits[i].fResultDocument);
         if (!ok) {
             output.DropItemsAfter(items);
             // A reader that said why it failed has named the document; else

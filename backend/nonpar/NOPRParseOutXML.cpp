@@ -3,6 +3,7 @@
 // field information.
 #include "backend/nonpar/NOPRParseOutXML.h"
 
+#include <cstring>
 #include <memory>
 
 #include "host/cf/CFAssert.h"
@@ -18,18 +19,21 @@
 using Stats = NOPROutputStats;
 
 namespace {
-// False, with a message, when a text of data field `field` is longer than a
-// label may be.
-bool LabelFits(const std::string& text, int field) {
-    if (text.size() <= kCFMaxLabelBytes) {
-        return true;
+// False, with a message, when an attribute of `element` (a name, label or
+// value text of data field `field`) is longer than a label may be. Checked
+// before any is copied.
+bool TextsFit(const SDOMXMLWrapper& element, int field) {
+    for (const pugi::xml_attribute attribute : element.Node().attributes()) {
+        const std::size_t size = std::strlen(attribute.value());
+        if (size > kCFMaxLabelBytes) {
+            CFErrorChannel::Error("a text of data field " + std::to_string(field) + " has " +
+                                  std::to_string(size) +
+                                  " bytes; a name, label or value may have at most " +
+                                  std::to_string(kCFMaxLabelBytes));
+            return false;
+        }
     }
-    CFErrorChannel::Error("a text of data field " + std::to_string(field) + " has " +
-                          std::to_string(text.size()) +
-                          " bytes; a name, label or value may "
-                          "have at most " +
-                          std::to_string(kCFMaxLabelBytes));
-    return false;
+    return true;
 }
 
 bool Contains(std::string_view text, std::string_view part) {
@@ -180,6 +184,9 @@ bool OutputXMLParser::ParseDataDictionary(const SDOMXMLWrapper& root) {
         SDOMXMLWrapper dataField;
         std::string name, displayName, optype, dataType;
         while (dataFields.Next(dataField)) {
+            if (!TextsFit(dataField, curIndex)) {
+                return false;
+            }
             int index = -1;
             name.clear();
             displayName.clear();
@@ -191,9 +198,6 @@ bool OutputXMLParser::ParseDataDictionary(const SDOMXMLWrapper& root) {
             dataField.GetAttribute("optype", optype);
             dataField.GetAttribute("dataType", dataType);
             CF_ASSERT(index == curIndex);
-            if (!LabelFits(name, curIndex) || !LabelFits(displayName, curIndex)) {
-                return false;
-            }
 
             const int storage = StorageOfDataType(dataType);
             auto field = std::make_unique<CFField>(name, MeasureOfOptype(optype), storage, 7);
@@ -206,15 +210,15 @@ bool OutputXMLParser::ParseDataDictionary(const SDOMXMLWrapper& root) {
                 int curVIndex = 0;
                 SDOMXMLWrapper valueElm;
                 while (valueElms.Next(valueElm)) {
+                    if (!TextsFit(valueElm, curIndex)) {
+                        return false;
+                    }
                     int vindex = -1;
                     std::string value, displayValue;
                     valueElm.GetAttribute("index", vindex);
                     valueElm.GetAttribute("value", value);
                     valueElm.GetAttribute("displayValue", displayValue);
                     CF_ASSERT(curVIndex == vindex);
-                    if (!LabelFits(value, curIndex) || !LabelFits(displayValue, curIndex)) {
-                        return false;
-                    }
                     CFDatum datum = DatumOf(value, storage);
                     valueLabels.push_back({datum, std::move(displayValue)});
                     values.push_back({std::move(datum), std::move(value)});
