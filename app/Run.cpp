@@ -263,7 +263,9 @@ std::unique_ptr<CommandSpec> ParseCommand(const Options& options, const VEXA_Dat
     std::string error;
     if (!text.empty() && text.front() == '@' &&
         !ReadFile(options.fCommand.substr(1), text, error)) {
-        std::cerr << "nptests: cannot read " << options.fCommand.substr(1) << ": " << error << "\n";
+        const std::string file = options.fCommand.substr(1);
+        std::cerr << "nptests: cannot read " << (file == "-" ? "standard input" : file) << ": "
+                  << error << "\n";
         return nullptr;
     }
     ParserMessage syntax;
