@@ -161,8 +161,9 @@ bool ResolveSplitVariables(const SplitPlan& plan, const VEXA_DataSource& dataSou
     for (const std::string& name : plan.fVariables) {
         const int index = dataSource.FindVarIndex(name);
         if (index < 0) {
-            std::cerr << "nptests: the split variable " << name << " is not a variable of "
-                      << plan.fSplits.front().fDocument << "\n";
+            std::cerr << "nptests: the split variable " << EscapeControls(name)
+                      << " is not a variable of " << EscapeControls(plan.fSplits.front().fDocument)
+                      << "\n";
             return false;
         }
         indices.push_back(index);
@@ -410,7 +411,13 @@ int Run(const Options& options) {
     if (options.fCheckCommand) {
         std::vector<CFMessage> messages = CFErrorChannel::Messages();
         messages.erase(messages.begin(), messages.begin() + static_cast<std::ptrdiff_t>(earlier));
-        std::cout << CommandCheckJson(commandOk, *procedure, *dataSource, messages).dump(2) << "\n";
+        const std::string json =
+            CommandCheckJson(commandOk, *procedure, *dataSource, messages)
+                .dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) +
+            "\n";
+        if (!WriteText({}, json)) {
+            return kExitIo;
+        }
         return commandOk ? kExitOk : kExitUsage;
     }
     if (!commandOk) {
