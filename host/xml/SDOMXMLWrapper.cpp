@@ -4,6 +4,7 @@
 #include "host/xml/XMLText.h"
 
 #include <algorithm>
+#include <cstring>
 #include <vector>
 
 struct SDOMXMLWrapper::Document {
@@ -95,30 +96,35 @@ std::string WellFormedness(const pugi::xml_document& document, bool rawReference
         if (rawReferences) {
             problem = undefinedEntity(node.value());
         }
-        names.clear();
+        size_t count = 0;
         for (pugi::xml_attribute attribute : node.attributes()) {
-            names.emplace_back(attribute.name());
+            ++count;
             if (rawReferences && problem.empty()) {
                 problem = undefinedEntity(attribute.value());
             }
         }
         // Elements have few attributes, compared pairwise; many are sorted.
-        const std::string_view* twice = nullptr;
-        if (names.size() <= 16) {
-            for (size_t i = 1; i < names.size() && !twice; ++i) {
-                if (std::find(names.begin(), names.begin() + static_cast<std::ptrdiff_t>(i),
-                              names[i]) != names.begin() + static_cast<std::ptrdiff_t>(i)) {
-                    twice = &names[i];
+        const char* twice = nullptr;
+        if (count > 1 && count <= 16) {
+            for (pugi::xml_attribute a = node.first_attribute(); a && !twice;
+                 a = a.next_attribute()) {
+                for (pugi::xml_attribute b = a.next_attribute(); b && !twice;
+                     b = b.next_attribute()) {
+                    twice = std::strcmp(a.name(), b.name()) == 0 ? a.name() : nullptr;
                 }
             }
-        } else {
+        } else if (count > 16) {
+            names.clear();
+            for (pugi::xml_attribute attribute : node.attributes()) {
+                names.emplace_back(attribute.name());
+            }
             std::sort(names.begin(), names.end());
             const auto at = std::adjacent_find(names.begin(), names.end());
-            twice = at != names.end() ? &*at : nullptr;
+            twice = at != names.end() ? at->data() : nullptr;
         }
         if (twice && problem.empty()) {
             problem =
-                "the attribute " + std::string(*twice) + " given twice on <" + node.name() + ">";
+                std::string("the attribute ") + twice + " given twice on <" + node.name() + ">";
         }
         return !problem.empty();
     });
