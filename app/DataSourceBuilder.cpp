@@ -5,11 +5,13 @@
 #include <algorithm>
 #include <cctype>
 #include <charconv>
+#include <cstring>
 #include <iterator>
 #include <string_view>
 
 #include <nlohmann/json.hpp>
 
+#include "host/cf/CFMetaData.h"
 #include "host/parser/ParserText.h"
 #include "host/vexa/VEXA_DataSource.h"
 #include "host/xml/SDOMXMLWrapper.h"
@@ -18,8 +20,26 @@
 namespace {
 constexpr std::string_view kDictionaryPath = "Extension/NPAROutput/DataDictionary";
 
-// The variables of a DataDictionary element (an empty handle gives none).
-std::unique_ptr<VEXA_DataSource> FromDictionaryElement(const SDOMXMLWrapper& dictionary) {
+// False, with `error`, when an attribute of `element` (a name, label or
+// value text of data field `field`) is longer than a label may be. Checked
+// before any is copied.
+bool TextsFit(const SDOMXMLWrapper& element, int field, std::string& error) {
+    for (const pugi::xml_attribute attribute : element.Node().attributes()) {
+        const std::size_t size = std::strlen(attribute.value());
+        if (size > kCFMaxLabelBytes) {
+            error = "a text of data field " + std::to_string(field) + " has " +
+                    std::to_string(size) + " bytes; a name, label or value may have at most " +
+                    std::to_string(kCFMaxLabelBytes);
+            return false;
+        }
+    }
+    return true;
+}
+
+// The variables of a DataDictionary element (an empty handle gives none);
+// null, with `error`, when a text is longer than a label may be.
+std::unique_ptr<VEXA_DataSource> FromDictionaryElement(const SDOMXMLWrapper& dictionary,
+                                                       std::string& error) {
     auto source = std::make_unique<VEXA_DataSource>();
     SDOMXMLIterator fields;
     if (!dictionary || !dictionary.GetElementIterator("DataField", fields, true)) {
@@ -27,6 +47,10 @@ std::unique_ptr<VEXA_DataSource> FromDictionaryElement(const SDOMXMLWrapper& dic
     }
     SDOMXMLWrapper field;
     while (fields.Next(field)) {
+        const int position = source->GetVariableCount();
+        if (!TextsFit(field, position, error)) {
+            return nullptr;
+        }
         std::string name, label, optype, dataType;
         field.GetAttribute("name", name);
         field.GetAttribute("displayName", label);
@@ -57,6 +81,9 @@ std::unique_ptr<VEXA_DataSource> FromDictionaryElement(const SDOMXMLWrapper& dic
         SDOMXMLWrapper value;
         while (values.Next(value)) {
             std::string text, display;
+            if (!TextsFit(value, position, error)) {
+                return nullptr;
+            }
             value.GetAttribute("value", text);
             if (!value.GetAttribute("displayValue", display) || display == text) {
                 continue;
@@ -85,7 +112,8 @@ bool HasDescendantNamed(pugi::xml_node node, const char* name) {
 // close tag the cut would have been). Otherwise false, and the whole document
 // is read. A document broken after its dictionary is left to the module to
 // reject.
-bool DataSourceFromPrefix(const std::string& xml, std::unique_ptr<VEXA_DataSource>& source) {
+bool DataSourceFromPrefix(const std::string& xml, std::unique_ptr<VEXA_DataSource>& source,
+                          std::string& error) {
     constexpr std::string_view kClose = "</DataDictionary>";
     const std::size_t at = xml.find(kClose);
     if (at == std::string::npos) {
@@ -108,7 +136,7 @@ bool DataSourceFromPrefix(const std::string& xml, std::unique_ptr<VEXA_DataSourc
         HasDescendantNamed(dictionary.Node(), "DataDictionary")) {
         return false;
     }
-    source = FromDictionaryElement(dictionary);
+    source = FromDictionaryElement(dictionary, error);
     return true;
 }
 } // namespace
@@ -116,7 +144,7 @@ bool DataSourceFromPrefix(const std::string& xml, std::unique_ptr<VEXA_DataSourc
 std::unique_ptr<VEXA_DataSource> DataSourceFromDocument(const std::string& xml,
                                                         std::string& error) {
     std::unique_ptr<VEXA_DataSource> source;
-    if (DataSourceFromPrefix(xml, source)) {
+    if (DataSourceFromPrefix(xml, source, error)) {
         return source;
     }
     SDOMXMLWrapper root;
@@ -126,7 +154,7 @@ std::unique_ptr<VEXA_DataSource> DataSourceFromDocument(const std::string& xml,
     }
     SDOMXMLWrapper dictionary;
     root.GetFirstElement(kDictionaryPath, dictionary, true);
-    return FromDictionaryElement(dictionary);
+    return FromDictionaryElement(dictionary, error);
 }
 
 namespace {
@@ -247,6 +275,9 @@ std::string AddDictionaryVariable(const Json& entry, VEXA_DataSource& source) {
     if (!text("label", label) || !text("type", type) || !text("measure", measureText)) {
         return name + ": label, type and measure must be texts";
     }
+    if (name.size() > kCFMaxLabelBytes || label.size() > kCFMaxLabelBytes) {
+        return "has a name or label longer than " + std::to_string(kCFMaxLabelBytes) + " bytes";
+    }
     if (type != "numeric" && type != "string") {
         return name + ": type must be \"numeric\" or \"string\", not \"" + type + "\"";
     }
@@ -291,6 +322,11 @@ std::string AddDictionaryVariable(const Json& entry, VEXA_DataSource& source) {
             return name + ": each value label needs a " +
                    std::string(isString ? "text" : "numeric") + " \"value\" and a \"label\" text";
         }
+        if (pair["label"].get_ref<const std::string&>().size() > kCFMaxLabelBytes ||
+            (isString && pair["value"].get_ref<const std::string&>().size() > kCFMaxLabelBytes)) {
+            return name + ": a value label is longer than " + std::to_string(kCFMaxLabelBytes) +
+                   " bytes";
+        }
         if (isString) {
             variable.ValueLabels().Add(pair["value"].get<std::string>(),
                                        pair["label"].get<std::string>());
@@ -308,7 +344,8 @@ std::unique_ptr<VEXA_DataSource> DataSourceFromDictionary(const std::string& jso
     Json root;
     try {
         root = Json::parse(json);
-    } catch (const Json::parse_error& e) {
+    } catch (const Json::exception& e) {
+        // Syntax errors, and numbers beyond the range of a double ("1e400").
         error = std::string("not valid JSON: ") + e.what();
         return nullptr;
     }

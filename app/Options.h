@@ -25,6 +25,7 @@ struct Options {
 inline constexpr int kExitOk = 0;       // every split produced output
 inline constexpr int kExitRejected = 1; // a split's document was rejected
 inline constexpr int kExitUsage = 2;    // the command line cannot be run
+inline constexpr int kExitIo = 3;       // the output could not be written
 
 // Reads the command line into `options`. False when the program is to stop
 // at once (help was shown, or a usage error was reported), with `exitCode`.

@@ -2,6 +2,7 @@
 // module, has it write its output tree, and renders that tree.
 #include "app/Run.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -22,8 +23,10 @@
 #include "app/DumpJson.h"
 #include "app/ModuleLoader.h"
 #include "app/Options.h"
+#include "app/OutputFile.h"
 #include "app/SplitPlan.h"
 #include "host/bp/BpOutput.h"
+#include "host/cf/CFAssert.h"
 #include "host/cf/CFDump.h"
 #include "host/cf/CFErrorChannel.h"
 #include "host/cf/CFProcCustom.h"
@@ -35,33 +38,68 @@
 #include "host/parser/ParserMessage.h"
 #include "host/vexa/VEXA_DataSource.h"
 #include "render/Renderer.h"
+#include "render/TextRenderer.h"
 
 namespace {
 constexpr const char* kProcedureTitle = "Nonparametric Tests";
 
-bool ReadFile(const std::string& path, std::string& text, std::string& error) {
+// The most a document may have, and the most a command, --splits or
+// --dictionary file may have: a bound on what a pipe can make the program
+// hold.
+constexpr std::size_t kMaxDocumentBytes = std::size_t{1} << 30;
+constexpr std::size_t kMaxSmallFileBytes = std::size_t{16} << 20;
+
+std::string SizeText(std::size_t bytes) {
+    return bytes >= (std::size_t{1} << 30) ? std::to_string(bytes >> 30) + " GiB"
+                                           : std::to_string(bytes >> 20) + " MiB";
+}
+
+// Reads the file at `path` ("-": standard input) whole, up to `limit` bytes.
+bool ReadFile(const std::string& path, std::string& text, std::string& error,
+              std::size_t limit = kMaxSmallFileBytes) {
     std::error_code ec;
     if (std::filesystem::is_directory(path, ec)) {
         error = "is a directory";
         return false;
     }
-    std::ifstream in(path, std::ios::binary);
-    if (!in) {
-        error = std::strerror(errno);
-        return false;
+    std::ifstream file;
+    if (path != "-") {
+        file.open(path, std::ios::binary);
+        if (!file) {
+            error = std::strerror(errno);
+            return false;
+        }
     }
-    // A file of known size is read in one piece; anything else (a pipe)
-    // character by character.
-    in.seekg(0, std::ios::end);
-    const std::streamoff size = in.tellg();
-    in.seekg(0, std::ios::beg);
+    std::istream& in = path == "-" ? std::cin : file;
+    const auto tooLarge = [&] {
+        error = "larger than " + SizeText(limit) + ", the most that is read";
+        return false;
+    };
+    // A file of known size is read in one piece; anything else (a pipe) a
+    // block at a time, up to the limit.
+    std::streamoff size = -1;
+    if (path != "-") {
+        in.seekg(0, std::ios::end);
+        size = in.tellg();
+        in.seekg(0, std::ios::beg);
+    }
     if (size >= 0 && in) {
+        if (static_cast<std::size_t>(size) > limit) {
+            return tooLarge();
+        }
         text.resize(static_cast<std::size_t>(size));
         in.read(text.data(), size);
         text.resize(static_cast<std::size_t>(in.gcount()));
     } else {
         in.clear();
-        text.assign(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+        text.clear();
+        char block[65536];
+        while (in.read(block, sizeof block) || in.gcount() > 0) {
+            if (text.size() + static_cast<std::size_t>(in.gcount()) > limit) {
+                return tooLarge();
+            }
+            text.append(block, static_cast<std::size_t>(in.gcount()));
+        }
     }
     if (in.bad()) {
         error = "read error";
@@ -70,27 +108,8 @@ bool ReadFile(const std::string& path, std::string& text, std::string& error) {
     return true;
 }
 
-// Calls `write` with standard output, or with the file at `path` opened for
-// writing; false, with a message naming the file, when that fails.
-bool WriteOutputWith(const std::string& path, const std::function<bool(std::FILE*)>& write) {
-    if (path.empty()) {
-        return write(stdout) && std::fflush(stdout) == 0;
-    }
-    std::FILE* out = std::fopen(path.c_str(), "wb");
-    if (!out) {
-        std::cerr << "nptests: cannot write " << path << ": " << std::strerror(errno) << "\n";
-        return false;
-    }
-    const bool written = write(out);
-    if (std::fclose(out) != 0 || !written) {
-        std::cerr << "nptests: cannot write " << path << "\n";
-        return false;
-    }
-    return true;
-}
-
-bool WriteOutput(const std::string& path, const std::string& text) {
-    return WriteOutputWith(path, [&](std::FILE* out) {
+bool WriteText(const std::string& path, const std::string& text) {
+    return WriteOutput(path, [&](std::FILE* out) {
         return std::fwrite(text.data(), 1, text.size(), out) == text.size();
     });
 }
@@ -126,7 +145,8 @@ size_t ReadDocuments(const SplitPlan& plan, std::vector<CFSplitDocument>& splits
         splits[i].fSource = plan.fSplits[i].fDocument;
         splits[i].fHeading = plan.fHeading;
         splits[i].fSplitValues = plan.fSplits[i].fValues;
-        if (!ReadFile(plan.fSplits[i].fDocument, splits[i].fResultDocument, error)) {
+        if (!ReadFile(plan.fSplits[i].fDocument, splits[i].fResultDocument, error,
+                      kMaxDocumentBytes)) {
             CFErrorChannel::Error("cannot read " + plan.fSplits[i].fDocument + ": " + error);
             return i;
         }
@@ -141,8 +161,9 @@ bool ResolveSplitVariables(const SplitPlan& plan, const VEXA_DataSource& dataSou
     for (const std::string& name : plan.fVariables) {
         const int index = dataSource.FindVarIndex(name);
         if (index < 0) {
-            std::cerr << "nptests: the split variable " << name << " is not a variable of "
-                      << plan.fSplits.front().fDocument << "\n";
+            std::cerr << "nptests: the split variable " << EscapeControls(name)
+                      << " is not a variable of " << EscapeControls(plan.fSplits.front().fDocument)
+                      << "\n";
             return false;
         }
         indices.push_back(index);
@@ -171,11 +192,7 @@ public:
         }
         FacSTDictionary::SetMissRecorder({});
         for (const std::string& key : fKeys) {
-            std::string shown;
-            for (char c : key) {
-                shown += c == '\n' ? std::string("\\n") : std::string(1, c);
-            }
-            std::cerr << "nptests: no text for the key \"" << shown << "\"\n";
+            std::cerr << "nptests: no text for the key \"" << EscapeControls(key) << "\"\n";
         }
     }
     MissingStrings(const MissingStrings&) = delete;
@@ -195,8 +212,11 @@ int DumpModels(const std::vector<CFDump>& dumps, const std::vector<CFSplitDocume
         entry["model"] = DumpToJson(dumps[i]);
         out.push_back(std::move(entry));
     }
-    if (!WriteOutput(options.fOutput, out.dump(2) + "\n")) {
-        return kExitUsage;
+    // Labels need not be valid UTF-8; such bytes show as U+FFFD.
+    if (!WriteText(options.fOutput,
+                   out.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) +
+                       "\n")) {
+        return kExitIo;
     }
     return ok ? kExitOk : kExitRejected;
 }
@@ -244,7 +264,9 @@ std::unique_ptr<CommandSpec> ParseCommand(const Options& options, const VEXA_Dat
     std::string error;
     if (!text.empty() && text.front() == '@' &&
         !ReadFile(options.fCommand.substr(1), text, error)) {
-        std::cerr << "nptests: cannot read " << options.fCommand.substr(1) << ": " << error << "\n";
+        const std::string file = options.fCommand.substr(1);
+        std::cerr << "nptests: cannot read " << (file == "-" ? "standard input" : file) << ": "
+                  << error << "\n";
         return nullptr;
     }
     ParserMessage syntax;
@@ -255,27 +277,84 @@ std::unique_ptr<CommandSpec> ParseCommand(const Options& options, const VEXA_Dat
     return command;
 }
 
-// Runs the readable splits; false when the module rejected one (reported).
-bool ProduceSplits(CFProcCustom& procedure, std::vector<CFSplitDocument>& splits, size_t readable) {
+// False, after a usage message, when the output file is one of the inputs.
+bool RefuseOutputOverInput(const Options& options, const SplitPlan& plan) {
+    std::vector<std::string> inputs = {options.fSplitsFile, options.fDictionaryFile};
+    if (!options.fCommand.empty() && options.fCommand.front() == '@') {
+        inputs.push_back(options.fCommand.substr(1));
+    }
+    for (const SplitPlan::Split& split : plan.fSplits) {
+        inputs.push_back(split.fDocument);
+    }
+    for (const std::string& input : inputs) {
+        if (IsSameFile(options.fOutput, input)) {
+            std::cerr << "nptests: the output " << options.fOutput << " is the input " << input
+                      << "; give another output file\n";
+            return false;
+        }
+    }
+    return true;
+}
+
+// Installs the assertion handler that throws for the scope: a failed
+// assertion of the module while it works on one split becomes that split's
+// failure.
+class ThrowingAssertions final {
+public:
+    ThrowingAssertions() : fPrevious(CFSetAssertHandler(CFThrowingAssertHandler)) {}
+    ~ThrowingAssertions() { CFSetAssertHandler(fPrevious); }
+    ThrowingAssertions(const ThrowingAssertions&) = delete;
+    ThrowingAssertions& operator=(const ThrowingAssertions&) = delete;
+
+private:
+    CFAssertHandler fPrevious;
+};
+
+// Runs the readable splits one at a time and stops at the first the module
+// rejects or fails on (reported, its partial output taken out); false then.
+bool ProduceSplits(CFProcCustom& procedure, BpProcedure& output,
+                   std::vector<CFSplitDocument>& splits, size_t readable) {
     if (readable == 0) {
         return false;
     }
-    std::vector<CFSplitDocument> run(
-        std::make_move_iterator(splits.begin()),
-        std::make_move_iterator(splits.begin() + static_cast<std::ptrdiff_t>(readable)));
-    std::vector<std::string> models;
-    const bool ok = procedure.ProduceOutput(models, run);
-    if (!ok) {
-        std::string rejected = run.front().fSource;
-        for (const CFSplitDocument& split : run) {
-            if (split.WasRead()) {
-                rejected = split.fSource;
-            }
+    for (size_t i = 0; i < readable; ++i) {
+        std::vector<CFSplitDocument> run;
+        run.push_back(std::move(splits[i]));
+        std::vector<std::string> models;
+        const size_t items = output.Root().fChildren.size();
+        bool ok = false;
+        std::string failure;
+        const size_t earlierMessages = CFErrorChannel::Messages().size();
+        CFErrorChannel::SetSource(run.front().fSource);
+        try {
+            const ThrowingAssertions throwing;
+            ok = procedure.ProduceOutput(models, run);
+        } catch (const CFAssertionFailure& assertion) {
+            failure = assertion.what();
         }
-        CFErrorChannel::Error(rejected + ": not a readable nonparametric-tests result document");
+        CFErrorChannel::SetSource({});
+        splits[i] = std::move(run.front());
+        // Its text is not needed again; a large one is not held while the
+        // next is read.
+        std::string().swap(splits[i].fResultDocument);
+        if (!ok) {
+            output.DropItemsAfter(items);
+            // A reader that said why it failed has named the document; else
+            // the failure is told here.
+            const std::vector<CFMessage> messages = CFErrorChannel::Messages();
+            const bool told = std::any_of(
+                messages.begin() + static_cast<std::ptrdiff_t>(earlierMessages), messages.end(),
+                [](const CFMessage& message) { return message.fKind == CFMessage::kError; });
+            if (!failure.empty() || !told) {
+                CFErrorChannel::Error(splits[i].fSource + ": " +
+                                      (failure.empty()
+                                           ? "not a readable nonparametric-tests result document"
+                                           : failure));
+            }
+            return false;
+        }
     }
-    std::move(run.begin(), run.end(), splits.begin());
-    return ok && readable == splits.size();
+    return readable == splits.size();
 }
 } // namespace
 
@@ -284,9 +363,13 @@ int Run(const Options& options) {
     if (!PlanSplits(options, plan)) {
         return kExitUsage;
     }
+    if (!RefuseOutputOverInput(options, plan)) {
+        return kExitUsage;
+    }
     CFErrorChannel::Clear();
-    CFErrorChannel::SetListener(
-        [](const CFMessage& message) { std::cerr << "nptests: " << message.fText << "\n"; });
+    CFErrorChannel::SetListener([](const CFMessage& message) {
+        std::cerr << "nptests: " << EscapeControls(message.fText) << "\n";
+    });
 
     std::vector<CFSplitDocument> splits;
     size_t readable = ReadDocuments(plan, splits);
@@ -328,7 +411,13 @@ int Run(const Options& options) {
     if (options.fCheckCommand) {
         std::vector<CFMessage> messages = CFErrorChannel::Messages();
         messages.erase(messages.begin(), messages.begin() + static_cast<std::ptrdiff_t>(earlier));
-        std::cout << CommandCheckJson(commandOk, *procedure, *dataSource, messages).dump(2) << "\n";
+        const std::string json =
+            CommandCheckJson(commandOk, *procedure, *dataSource, messages)
+                .dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) +
+            "\n";
+        if (!WriteText({}, json)) {
+            return kExitIo;
+        }
         return commandOk ? kExitOk : kExitUsage;
     }
     if (!commandOk) {
@@ -349,7 +438,7 @@ int Run(const Options& options) {
     if (options.fDumpModel) {
         procedure->fModelDumps = &dumps;
     }
-    const bool ok = ProduceSplits(*procedure, splits, readable);
+    const bool ok = ProduceSplits(*procedure, output, splits, readable);
     procedure.reset();
 
     if (options.fDumpModel) {
@@ -360,12 +449,17 @@ int Run(const Options& options) {
         std::cerr << "nptests: this output format is not available yet\n";
         return kExitUsage;
     }
+    // When nothing could be rendered, a file named by -o is left as it was.
+    if (!ok && output.Root().fChildren.empty() && !options.fOutput.empty()) {
+        std::cerr << "nptests: nothing to write; " << options.fOutput << " is left as it was\n";
+        return kExitRejected;
+    }
     // Rendered straight into the output, so that a large document is not
     // held whole.
-    if (!WriteOutputWith(options.fOutput, [&](std::FILE* out) {
+    if (!WriteOutput(options.fOutput, [&](std::FILE* out) {
             return renderer->RenderTo(output.Root(), CFErrorChannel::Messages(), out);
         })) {
-        return kExitUsage;
+        return kExitIo;
     }
     return ok ? kExitOk : kExitRejected;
 }

@@ -11,7 +11,8 @@ bool ReadSplitPlan(const std::string& path, const std::string& text, SplitPlan& 
     Json root;
     try {
         root = Json::parse(text);
-    } catch (const Json::parse_error& e) {
+    } catch (const Json::exception& e) {
+        // Syntax errors, and numbers beyond the range of a double ("1e400").
         error = std::string("not valid JSON: ") + e.what();
         return false;
     }

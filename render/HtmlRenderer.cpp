@@ -5,6 +5,7 @@
 #include <charconv>
 #include <cstdlib>
 #include <fstream>
+#include <functional>
 #include <iterator>
 #include <string_view>
 
@@ -421,8 +422,10 @@ void AppendMessages(std::string& out, const std::vector<CFMessage>& messages) {
     out += "</ul>\n</section>\n";
 }
 
-// `missing`: why charts cannot be drawn (empty when they can).
-void AppendBody(std::string& out, const std::vector<Entry>& entries, const std::string& missing) {
+// `missing`: why charts cannot be drawn (empty when they can). `drain` is
+// called after each item, so that a writer can pass on what is held.
+void AppendBody(std::string& out, const std::vector<Entry>& entries, const std::string& missing,
+                const std::function<void()>& drain) {
     // Headings open a section closed when an entry at their depth or above
     // follows.
     std::vector<int> open;
@@ -456,6 +459,7 @@ void AppendBody(std::string& out, const std::vector<Entry>& entries, const std::
             AppendChart(out, static_cast<const BpChartNode&>(item), i, missing);
             break;
         }
+        drain();
     }
     for (size_t k = 0; k < open.size(); ++k) {
         out += "</section>\n";
@@ -498,6 +502,26 @@ bool HtmlRenderer::ReadWebFile(const std::string& name, std::string& text) {
 
 std::string HtmlRenderer::Render(const BpHeadingNode& root,
                                  const std::vector<CFMessage>& messages) const {
+    std::string out;
+    Write(root, messages, out, [] {});
+    return out;
+}
+
+bool HtmlRenderer::RenderTo(const BpHeadingNode& root, const std::vector<CFMessage>& messages,
+                            std::FILE* file) const {
+    std::string out;
+    bool ok = true;
+    const auto drain = [&] {
+        ok = ok && std::fwrite(out.data(), 1, out.size(), file) == out.size();
+        out.clear();
+    };
+    Write(root, messages, out, drain);
+    drain();
+    return ok;
+}
+
+void HtmlRenderer::Write(const BpHeadingNode& root, const std::vector<CFMessage>& messages,
+                         std::string& out, const std::function<void()>& drain) const {
     std::vector<Entry> entries;
     Collect(root, 0, entries);
     bool hasCharts = false;
@@ -507,7 +531,6 @@ std::string HtmlRenderer::Render(const BpHeadingNode& root,
 
     const std::string_view title =
         root.fText.empty() ? std::string_view("Output") : std::string_view(root.fText);
-    std::string out;
     out += "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n"
            "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n"
            "<title>";
@@ -529,11 +552,10 @@ std::string HtmlRenderer::Render(const BpHeadingNode& root,
     out += "</h1></header>\n<div class=\"report\">\n";
     out += "<main>\n";
     AppendMessages(out, messages);
-    AppendBody(out, entries, fScripts.empty() ? fError : std::string());
+    AppendBody(out, entries, fScripts.empty() ? fError : std::string(), drain);
     out += "</main>\n";
     // The outline follows the output in the page (the style puts it first on
     // the screen), so that a long outline does not hold up the first screen.
     AppendOutline(out, entries);
     out += "</div>\n</body>\n</html>\n";
-    return out;
 }

@@ -6,6 +6,8 @@
 // offline.
 #pragma once
 
+#include <cstdio>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -29,12 +31,18 @@ public:
     // writes its charts as a line saying that they cannot be drawn.
     std::string Render(const BpHeadingNode& root,
                        const std::vector<CFMessage>& messages) const override;
+    // Writes the report as it is made, an item at a time.
+    bool RenderTo(const BpHeadingNode& root, const std::vector<CFMessage>& messages,
+                  std::FILE* out) const override;
 
     // The web folder: "web" under NPTESTS_RESOURCES when that is set, else
     // the one the build fills.
     static std::string DefaultWebFolder();
 
 private:
+    // Makes the report in `out`, calling `drain` after each item.
+    void Write(const BpHeadingNode& root, const std::vector<CFMessage>& messages, std::string& out,
+               const std::function<void()>& drain) const;
     bool ReadWebFile(const std::string& name, std::string& text);
     std::string fWebFolder;
     std::string fError;

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cstdio>
 #include <string_view>
 
 #include "host/bp/BpFormat.h"
@@ -28,12 +29,13 @@ void Pad(std::string& out, size_t count, char c = ' ') {
     out.append(count, c);
 }
 
-// Line breaks inside a cell or a label read as blanks.
+// Line breaks inside a cell or a label read as blanks; other control
+// characters are shown escaped.
 std::string OneLine(std::string_view text) {
     std::string out(text);
     std::replace(out.begin(), out.end(), '\n', ' ');
     std::replace(out.begin(), out.end(), '\t', ' ');
-    return out;
+    return EscapeControls(out);
 }
 
 // "[a]" or "[a,b]"; empty without notes.
@@ -70,7 +72,8 @@ void AppendLines(std::string& out, std::string_view text, size_t indent) {
     size_t start = 0;
     while (true) {
         const size_t end = text.find('\n', start);
-        out.append(text.substr(start, end == std::string_view::npos ? end : end - start));
+        out +=
+            EscapeControls(text.substr(start, end == std::string_view::npos ? end : end - start));
         EndLine(out);
         if (end == std::string_view::npos) {
             return;
@@ -370,7 +373,18 @@ private:
 
 class TextBuilder final : public OutputVisitor {
 public:
-    explicit TextBuilder(std::string& out) : fOut(out) {}
+    // With a file, the text is written to it after each item, so that only
+    // one item's text is held at a time.
+    explicit TextBuilder(std::string& out, std::FILE* file = nullptr) : fOut(out), fFile(file) {}
+
+    // Writes what is held to the file; false once a write has failed.
+    bool Flush() {
+        if (fFile && !fOut.empty()) {
+            fOk = fOk && std::fwrite(fOut.data(), 1, fOut.size(), fFile) == fOut.size();
+            fOut.clear();
+        }
+        return fOk;
+    }
 
     void EnterHeading(const BpHeadingNode& heading, const std::vector<int>& number) override {
         Separate();
@@ -391,6 +405,7 @@ public:
     void VisitTable(const BpTableNode& table) override {
         Separate();
         TableWriter(table, fOut).Write();
+        Flush();
     }
     void VisitChart(const BpChartNode& chart) override {
         Separate();
@@ -402,27 +417,77 @@ public:
             fOut += OneLine(chart.fDescription);
         }
         EndLine(fOut);
+        Flush();
     }
 
 private:
-    // A blank line between two items.
-    void Separate() {
-        if (!fOut.empty()) {
-            fOut += '\n';
-        }
-    }
+    // A blank line between two items (the title comes first).
+    void Separate() { fOut += '\n'; }
     std::string& fOut;
+    std::FILE* fFile;
+    bool fOk = true;
 };
+
+void WriteTitle(std::string& out, const BpHeadingNode& root) {
+    const std::string title = OneLine(root.fText);
+    out += title;
+    EndLine(out);
+    out.append(Width(title), '=');
+    EndLine(out);
+}
 } // namespace
+
+std::string EscapeControls(std::string_view text) {
+    const auto isControl = [](std::string_view rest) {
+        const auto c = static_cast<unsigned char>(rest[0]);
+        if (c < 0x20 || c == 0x7F) {
+            return 1;
+        }
+        // C1 controls, U+0080 to U+009F (a terminal may take U+009B for CSI).
+        if (c == 0xC2 && rest.size() > 1 && static_cast<unsigned char>(rest[1]) >= 0x80 &&
+            static_cast<unsigned char>(rest[1]) <= 0x9F) {
+            return 2;
+        }
+        return 0;
+    };
+    std::string out;
+    out.reserve(text.size());
+    for (size_t i = 0; i < text.size();) {
+        const int length = isControl(text.substr(i));
+        if (length == 0) {
+            out += text[i++];
+            continue;
+        }
+        if (text[i] == '\n' || text[i] == '\t' || text[i] == '\r') {
+            out += text[i] == '\n' ? "\\n" : text[i] == '\t' ? "\\t" : "\\r";
+            ++i;
+            continue;
+        }
+        const unsigned code = length == 1 ? static_cast<unsigned char>(text[i])
+                                          : static_cast<unsigned char>(text[i + 1]);
+        constexpr std::string_view kHex = "0123456789ABCDEF";
+        out += length == 1 ? "\\x" : "\\u00";
+        out += kHex[code >> 4];
+        out += kHex[code & 0xF];
+        i += static_cast<size_t>(length);
+    }
+    return out;
+}
 
 std::string TextRenderer::Render(const BpHeadingNode& root, const std::vector<CFMessage>&) const {
     std::string out;
     out.reserve(4096);
-    out += OneLine(root.fText);
-    EndLine(out);
-    out.append(Width(OneLine(root.fText)), '=');
-    EndLine(out);
+    WriteTitle(out, root);
     TextBuilder builder(out);
     WalkOutput(root, builder);
     return out;
+}
+
+bool TextRenderer::RenderTo(const BpHeadingNode& root, const std::vector<CFMessage>&,
+                            std::FILE* file) const {
+    std::string out;
+    WriteTitle(out, root);
+    TextBuilder builder(out, file);
+    WalkOutput(root, builder);
+    return builder.Flush();
 }

@@ -706,6 +706,38 @@ TEST(ChartLayer, VariablesTakeFormatsLabelsAndRelabels) {
     EXPECT_EQ(
         variable.node().find_child_by_attribute("relabel", "value", "1").attribute("text").value(),
         std::string("One"));
+    // Many relabels, found by value: a value given again replaces its text
+    // (the template's first relabel of a value is the one that counts), in
+    // a chart document and in a bare pugixml document alike.
+    {
+        XDocument many("<visualization><graph id=\"graph1\"/><data source=\"s\">"
+                       "<variable id=\"v\"><relabel value=\"7\" text=\"first\"/>"
+                       "<relabel value=\"7\" text=\"second\"/></variable></data>"
+                       "</visualization>");
+        pugi::xml_document bare;
+        bare.load_string("<variable><relabel value=\"7\" text=\"first\"/>"
+                         "<relabel value=\"7\" text=\"second\"/></variable>");
+        for (const pugi::xml_node node :
+             {many.getExternalGraph().getVariable("v", 0).node(), bare.child("variable")}) {
+            for (int value = 0; value < 3000; ++value) {
+                EXPECT_TRUE(AddViZRelabel(node, value, std::to_string(value) + " cases"));
+            }
+            EXPECT_TRUE(AddViZRelabel(node, 1234, "again"));
+            std::map<std::string, std::string> texts;
+            std::size_t count = 0;
+            for (const pugi::xml_node relabel : node.children("relabel")) {
+                texts.emplace(relabel.attribute("value").value(),
+                              relabel.attribute("text").value());
+                ++count;
+            }
+            EXPECT_EQ(count, 3001u);
+            EXPECT_EQ(texts["7"], "7 cases");
+            EXPECT_EQ(node.child("relabel").next_sibling().attribute("text").value(),
+                      std::string("second"));
+            EXPECT_EQ(texts["1234"], "again");
+            EXPECT_EQ(texts["2999"], "2999 cases");
+        }
+    }
     // Derived variables are found by the graph too.
     EXPECT_TRUE(graph.getVariable("d", 0).addRelabel(2, "negative"));
 }

@@ -2,6 +2,7 @@
 // pairwise-comparisons and homogeneous-subsets tables.
 #include "output_fixture.h"
 
+#include "host/cf/CFErrorChannel.h"
 #include "host/cf/CFSysmis.h"
 #include "host/fac/FacSTDictionary.h"
 #include "host/xml/XMLText.h"
@@ -299,14 +300,22 @@ TEST_F(ComparisonTest, PairwiseTableOfTheMedianTestHasNoStandardizedColumns) {
     EXPECT_EQ(table.fColumns, (Strings{"Test Statistic", "Sig.", "Adj. Sig."}));
 }
 
-TEST_F(ComparisonTest, BadPairwiseDataLeavesTheFrameOrAsserts) {
+TEST_F(ComparisonTest, BadPairwiseDataLeavesOutARowTheFrameOrAsserts) {
     auto* test = AddComparisonTest<Stats::HTIJonckheereTerpstra>(
         Stats::kAIJonckheereTerpstra, Stats::MultipleComparison::kPairwise, {{0, 1}, {3, 4}},
         {Row(0, 1, 1), Row(0, 2, 2)}); // no sample 2
+    // The row that names a sample the comparison lacks is left out, with a
+    // warning; the others stay.
+    CFErrorChannel::Clear();
     FlatTable table = Pairwise(test, test->fComparison);
     EXPECT_EQ(table.fNode->fCaption, "PairwiseComparisonsTableCaptionJ0.050");
     EXPECT_EQ(table.fNode->fDimensions.size(), 2u);
-    EXPECT_TRUE(table.fRows.empty());
+    EXPECT_EQ(table.fRows.size(), 1u);
+    ASSERT_EQ(CFErrorChannel::Messages().size(), 1u);
+    EXPECT_EQ(CFErrorChannel::Messages()[0].fText,
+              "a pairwise comparison names sample 2, which the comparison's samples do not "
+              "include; its row is left out");
+    CFErrorChannel::Clear();
 
     Stats::MultipleComparison comparison = test->fComparison;
     comparison.fInfo.fRows[1].pop_back(); // rows of different lengths

@@ -1,6 +1,6 @@
-// Replays the fuzzer's corpus through the fuzzer's own entry point: every
-// input that ever crashed (tests/fuzz_corpus/regressions) must now end
-// cleanly, and the seed documents must still be read and written whole.
+// Replays the fuzzers' corpora through the fuzzers' own entry points: every
+// input that ever crashed (tests/fuzz_corpus/regressions*) must now end
+// cleanly, and the seeds must still be read (documents written whole).
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "tests/fuzz/DocumentEntry.h"
+#include "tests/fuzz/InputEntries.h"
 
 namespace {
 namespace fs = std::filesystem;
@@ -28,13 +29,25 @@ std::vector<fs::path> FilesIn(const fs::path& dir) {
     return files;
 }
 
-DocumentOutcome Replay(const fs::path& file) {
+template <typename Entry> auto Replay(const fs::path& file, Entry entry) {
     std::ifstream in(file, std::ios::binary);
     std::ostringstream text;
     text << in.rdbuf();
     const std::string bytes = std::move(text).str();
-    return RunDocument(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size());
+    return entry(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size());
 }
+
+DocumentOutcome Replay(const fs::path& file) {
+    return Replay(file, RunDocument);
+}
+
+// The entries of the other inputs, by the name of their corpus folder.
+struct InputEntry {
+    const char* fName;
+    bool (*fRun)(const std::uint8_t*, std::size_t);
+};
+constexpr InputEntry kInputEntries[] = {
+    {"splits", RunSplitsFile}, {"dictionary", RunDictionaryFile}, {"command", RunCommandText}};
 
 const fs::path kCorpus = fs::path(NPTESTS_SOURCE_DIR) / "tests" / "fuzz_corpus";
 } // namespace
@@ -53,5 +66,20 @@ TEST(FuzzRegressions, SeedDocumentsAreShown) {
     ASSERT_FALSE(seeds.empty());
     for (const fs::path& file : seeds) {
         EXPECT_EQ(Replay(file), DocumentOutcome::kShown) << file;
+    }
+}
+
+TEST(FuzzRegressions, OtherInputsThatCrashedEndCleanlyAndSeedsAreRead) {
+    for (const InputEntry& input : kInputEntries) {
+        for (const fs::path& file :
+             FilesIn(kCorpus / ("regressions_" + std::string(input.fName)))) {
+            SCOPED_TRACE(file.string());
+            Replay(file, input.fRun);
+        }
+        const std::vector<fs::path> seeds = FilesIn(kCorpus / input.fName);
+        EXPECT_FALSE(seeds.empty()) << input.fName;
+        for (const fs::path& file : seeds) {
+            EXPECT_TRUE(Replay(file, input.fRun)) << file;
+        }
     }
 }

@@ -5,6 +5,7 @@
 
 #include <limits>
 
+#include "host/cf/CFErrorChannel.h"
 #include "host/cf/CFSysmis.h"
 #include "host/xml/SDOMXMLWrapper.h"
 #include "host/xml/XMLText.h"
@@ -26,7 +27,15 @@ TEST(XMLText, ConvertsNumbers) {
     EXPECT_EQ(String2Double("__missing__"), kCFSysmis);
     EXPECT_EQ(String2Double("1.5x"), kCFSysmis);
     EXPECT_EQ(String2Integer("abc"), 0);
-    EXPECT_EQ(String2Double("1e999"), std::numeric_limits<double>::max());
+    // Too large for a double: missing (with a warning, told once); too small:
+    // zero.
+    CFErrorChannel::Clear();
+    EXPECT_EQ(String2Double("1e999"), kCFSysmis);
+    EXPECT_EQ(String2Double("-1e999"), kCFSysmis);
+    EXPECT_EQ(String2Double("1e-999"), 0.0);
+    ASSERT_EQ(CFErrorChannel::Messages().size(), 1u);
+    EXPECT_EQ(CFErrorChannel::Messages()[0].fKind, CFMessage::kWarning);
+    CFErrorChannel::Clear();
     EXPECT_EQ(String2Integer("42"), 42);
     EXPECT_EQ(String2Integer("-7"), -7);
     EXPECT_EQ(String2Integer("3.9"), 3);

@@ -749,7 +749,7 @@ void NOPROutput::AddValues(BpComposite& text, const Condition& condition, int i,
             text.Add(BpDataValue(variable,
                                  NumericFormatCFToStat(value, variable->GetFormat().fType), 0));
         } else {
-            text.Add(BpNumber(value, BpProcedure::Significance()));
+            text.Add(BpNumber(value, BpProcedure::Coefficient()));
         }
     }
     if (sublist) {
@@ -1112,10 +1112,15 @@ std::vector<int> NOPROutput::FindLillieforsTests(const Test* test) const {
 void NOPROutput::WriteMonteCarloRows(BpGroup& parent, const StatisticsRows& rows, bool monteCarlo) {
     for (const Stats::StatisticsValue& row : rows) {
         if (!monteCarlo) {
+            // Counts as whole numbers, significances as such ("<0.001" near
+            // zero), every other statistic to three decimals.
             const bool isCount = row.fName == "TotalN" || row.fName == "DegreeOfFreedom";
+            const bool isSig = row.fName.find("Sig") != std::string::npos &&
+                               row.fName.find("Sign") == std::string::npos;
             parent.Category(Tr(row.fName))
-                .Cell(BpNumber(row.fValue,
-                               isCount ? BpProcedure::Count() : BpProcedure::Significance()));
+                .Cell(BpNumber(row.fValue, isCount ? BpProcedure::Count()
+                                           : isSig ? BpProcedure::Significance()
+                                                   : BpProcedure::Coefficient()));
             continue;
         }
         const bool isSig = row.fName == "AsymptoticSig2Tailed";
@@ -1419,7 +1424,13 @@ void NOPROutput::MakePairwiseTable(BpHeading& heading, const Test* test,
     for (const std::vector<double>& row : content.fRows) {
         Pair pair{TruncateToInt(row[0]), TruncateToInt(row[1]), 0.0, 0.0, &row};
         if (!values.Contains(pair.fFirst) || !values.Contains(pair.fSecond)) {
-            return; // a sample outside the rank data: the frame alone
+            // A sample outside the rank data: that row alone is left out.
+            BpError::Warning(
+                "a pairwise comparison names sample " +
+                std::to_string(values.Contains(pair.fFirst) ? pair.fSecond : pair.fFirst) +
+                ", which the comparison's samples do not include; its row is "
+                "left out");
+            continue;
         }
         pair.fFirstValue = values.Value(pair.fFirst);
         pair.fSecondValue = values.Value(pair.fSecond);

@@ -3,6 +3,7 @@
 // field information.
 #include "backend/nonpar/NOPRParseOutXML.h"
 
+#include <cstring>
 #include <memory>
 
 #include "host/cf/CFAssert.h"
@@ -18,6 +19,23 @@
 using Stats = NOPROutputStats;
 
 namespace {
+// False, with a message, when an attribute of `element` (a name, label or
+// value text of data field `field`) is longer than a label may be. Checked
+// before any is copied.
+bool TextsFit(const SDOMXMLWrapper& element, int field) {
+    for (const pugi::xml_attribute attribute : element.Node().attributes()) {
+        const std::size_t size = std::strlen(attribute.value());
+        if (size > kCFMaxLabelBytes) {
+            CFErrorChannel::Error("a text of data field " + std::to_string(field) + " has " +
+                                  std::to_string(size) +
+                                  " bytes; a name, label or value may have at most " +
+                                  std::to_string(kCFMaxLabelBytes));
+            return false;
+        }
+    }
+    return true;
+}
+
 bool Contains(std::string_view text, std::string_view part) {
     return text.find(part) != std::string_view::npos;
 }
@@ -103,8 +121,13 @@ bool OutputXMLParser::Parse() {
     bool result = true;
     try {
         SDOMXMLWrapper root;
-        result = root.LoadFromString(fXML) && ParseHeader(root) && ParseCounts(root) &&
-                 ParseDataDictionary(root) && ParseTests(root) && ParseFieldInfos(root);
+        if (!root.LoadFromString(fXML)) {
+            CFErrorChannel::Error(root.Error());
+            result = false;
+        } else {
+            result = ParseHeader(root) && ParseCounts(root) && ParseDataDictionary(root) &&
+                     ParseTests(root) && ParseFieldInfos(root);
+        }
     } catch (const CFAssertionFailure&) {
         throw;
     } catch (...) {
@@ -161,6 +184,9 @@ bool OutputXMLParser::ParseDataDictionary(const SDOMXMLWrapper& root) {
         SDOMXMLWrapper dataField;
         std::string name, displayName, optype, dataType;
         while (dataFields.Next(dataField)) {
+            if (!TextsFit(dataField, curIndex)) {
+                return false;
+            }
             int index = -1;
             name.clear();
             displayName.clear();
@@ -184,6 +210,9 @@ bool OutputXMLParser::ParseDataDictionary(const SDOMXMLWrapper& root) {
                 int curVIndex = 0;
                 SDOMXMLWrapper valueElm;
                 while (valueElms.Next(valueElm)) {
+                    if (!TextsFit(valueElm, curIndex)) {
+                        return false;
+                    }
                     int vindex = -1;
                     std::string value, displayValue;
                     valueElm.GetAttribute("index", vindex);
@@ -268,7 +297,13 @@ bool OutputXMLParser::ParseAlgorithm(const SDOMXMLWrapper& algorithm) {
         fStats->CreateTest(Stats::ClassificationOfKey(classification), Stats::AlgorithmOfKey(name),
                            Stats::DecisionOfWord(decision));
     if (!test) {
-        return true; // a test the model has no record for is passed over
+        // A test the model has no record for is passed over; a word that
+        // names no test at all is most likely misspelt.
+        if (Stats::AlgorithmOfKey(name) == Stats::kAUnknown) {
+            CFErrorChannel::Warning("the test \"" + name.substr(0, 80) +
+                                    "\" is not one this program knows; it is left out");
+        }
+        return true;
     }
     SDOMXMLIterator tables;
     if (!algorithm.GetElementIterator("StructuredTable", tables, true)) {

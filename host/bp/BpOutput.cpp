@@ -131,6 +131,13 @@ void BpProcedure::SetCurrentHeading(const BpHeading& heading) {
     }
 }
 
+void BpProcedure::DropItemsAfter(size_t count) {
+    if (count < fRoot->fChildren.size()) {
+        fRoot->fChildren.resize(count);
+    }
+    fCurrent = fRoot.get();
+}
+
 void BpProcedure::NoteHeadingRemoved(const BpHeadingNode* node) {
     for (const BpHeadingNode* walk = fCurrent; walk; walk = walk->fParent) {
         if (walk == node) {

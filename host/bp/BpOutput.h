@@ -58,6 +58,9 @@ public:
 
     const BpHeadingNode& Root() const { return *fRoot; }
     const std::string& Title() const { return fRoot->fText; }
+    // Takes out every item under the root after the first `count` (what a
+    // split that failed part way wrote); the root becomes the current heading.
+    void DropItemsAfter(size_t count);
 
     // Number formats.
     static BpFormatSpec Count();        // whole numbers

@@ -19,12 +19,20 @@ public:
     using Listener = std::function<void(const CFMessage&)>;
 
     static void Report(CFMessage::Kind kind, std::string_view text);
+    // Reports the message unless the same text was reported since the
+    // source was last set (a fault that may repeat many times in one
+    // document is told once).
+    static void ReportOnce(CFMessage::Kind kind, std::string_view text);
     static void Error(std::string_view text) { Report(CFMessage::kError, text); }
     static void Warning(std::string_view text) { Report(CFMessage::kWarning, text); }
 
     // Every message reported since the last Clear, in order.
     static std::vector<CFMessage> Messages();
     static void Clear();
+
+    // Messages reported from now on are about `source` (a document) and begin
+    // with its name; an empty name ends that.
+    static void SetSource(std::string_view source);
 
     // Called for each message as it is reported; an empty function removes it.
     static void SetListener(Listener listener);

@@ -8,6 +8,10 @@
 
 class VEXA_Variable;
 
+// The most bytes a name, label or value text of the data may have. Each is
+// copied into every table and chart that shows it; a longer one is refused.
+inline constexpr std::size_t kCFMaxLabelBytes = std::size_t{1} << 16;
+
 // One value of a field: a number or a text, by the field's storage type.
 class CFDatum final {
 public:

@@ -6,6 +6,7 @@
 #include <pugixml.hpp>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 
 #include "host/chart/ChartString.h"
 
@@ -52,23 +53,27 @@ protected:
     mutable pugi::xml_node fNode; // a handle: const handles still edit the document
 };
 
+// The relabels of a document's variables by value, kept beside the document
+// so that adding a relabel does not scan those already there. A document
+// without one (a bare pugixml document) is scanned instead.
+class ViZRelabelIndex final {
+public:
+    explicit ViZRelabelIndex(const pugi::xml_document& document);
+    ~ViZRelabelIndex();
+    ViZRelabelIndex(const ViZRelabelIndex&) = delete;
+    ViZRelabelIndex& operator=(const ViZRelabelIndex&) = delete;
+
+    // The index of the document that holds `node`; null when it has none.
+    static ViZRelabelIndex* Of(pugi::xml_node node);
+    // The `<relabel>` children of `variable` by their value text (read from
+    // the document the first time a variable is asked for).
+    std::unordered_map<std::string, pugi::xml_node>& Relabels(pugi::xml_node variable);
+
+private:
+    const void* fDocument;
+    std::unordered_map<const void*, std::unordered_map<std::string, pugi::xml_node>> fByVariable;
+};
+
 // Adds (or replaces) `<relabel value="..." text="..."/>`: the text shown for
 // one value of a variable.
-inline bool AddViZRelabel(pugi::xml_node variable, double value, const ChartString& text) {
-    if (!variable) {
-        return false;
-    }
-    ChartString number;
-    number.assignDouble(value, 17);
-    if (number.empty()) {
-        return false;
-    }
-    for (pugi::xml_node relabel : variable.children("relabel")) {
-        if (number.equals(std::string_view(relabel.attribute("value").value()))) {
-            return relabel.attribute("text").set_value(text.xc_str());
-        }
-    }
-    pugi::xml_node relabel = variable.append_child("relabel");
-    relabel.append_attribute("value").set_value(number.xc_str());
-    return relabel.append_attribute("text").set_value(text.xc_str());
-}
+bool AddViZRelabel(pugi::xml_node variable, double value, const ChartString& text);

@@ -9,6 +9,7 @@
 
 #include "host/bp/BpTree.h"
 #include "host/chart/ChartString.h"
+#include "host/chart/ViZNode.h"
 #include "host/chart/XGraph.h"
 
 class ViZVisualization;
@@ -63,6 +64,7 @@ public:
 
 private:
     pugi::xml_document fDocument;
+    ViZRelabelIndex fRelabels{fDocument};
     pugi::xml_node fRoot;
     std::string fDescription;
     std::vector<BpChartNode::Source> fSources;

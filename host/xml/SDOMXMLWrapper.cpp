@@ -3,6 +3,10 @@
 
 #include "host/xml/XMLText.h"
 
+#include <algorithm>
+#include <cstring>
+#include <vector>
+
 struct SDOMXMLWrapper::Document {
     std::string fText;
     pugi::xml_document fDoc;
@@ -60,9 +64,93 @@ pugi::xml_attribute FindAttribute(pugi::xml_node node, std::string_view name) {
     }
     return {};
 }
+// What makes a parsed document not well-formed beyond what the parser
+// checks: a second root element, an attribute given twice on one element,
+// and (with `rawReferences`, a parse that kept entity references as
+// written) a reference to an entity XML does not define. Empty when there
+// is none of them.
+std::string WellFormedness(const pugi::xml_document& document, bool rawReferences) {
+    int roots = 0;
+    for (pugi::xml_node child : document.children()) {
+        if (child.type() == pugi::node_element && ++roots == 2) {
+            return std::string("a second root element <") + child.name() + ">";
+        }
+    }
+    const auto undefinedEntity = [](std::string_view text) -> std::string {
+        for (size_t at = text.find('&'); at != std::string_view::npos;
+             at = text.find('&', at + 1)) {
+            const size_t end = text.find(';', at);
+            const std::string_view name =
+                text.substr(at + 1, end == std::string_view::npos ? end : end - at - 1);
+            if (end == std::string_view::npos || name.empty() ||
+                (name.front() != '#' && name != "lt" && name != "gt" && name != "amp" &&
+                 name != "apos" && name != "quot")) {
+                return "an undefined entity &" + std::string(name.substr(0, 40)) + ";";
+            }
+        }
+        return {};
+    };
+    std::string problem;
+    std::vector<std::string_view> names;
+    document.find_node([&](pugi::xml_node node) {
+        if (rawReferences) {
+            problem = undefinedEntity(node.value());
+        }
+        size_t count = 0;
+        for (pugi::xml_attribute attribute : node.attributes()) {
+            ++count;
+            if (rawReferences && problem.empty()) {
+                problem = undefinedEntity(attribute.value());
+            }
+        }
+        // Elements have few attributes, compared pairwise; many are sorted.
+        const char* twice = nullptr;
+        if (count > 1 && count <= 16) {
+            for (pugi::xml_attribute a = node.first_attribute(); a && !twice;
+                 a = a.next_attribute()) {
+                for (pugi::xml_attribute b = a.next_attribute(); b && !twice;
+                     b = b.next_attribute()) {
+                    twice = std::strcmp(a.name(), b.name()) == 0 ? a.name() : nullptr;
+                }
+            }
+        } else if (count > 16) {
+            names.clear();
+            for (pugi::xml_attribute attribute : node.attributes()) {
+                names.emplace_back(attribute.name());
+            }
+            std::sort(names.begin(), names.end());
+            const auto at = std::adjacent_find(names.begin(), names.end());
+            twice = at != names.end() ? at->data() : nullptr;
+        }
+        if (twice && problem.empty()) {
+            problem =
+                std::string("the attribute ") + twice + " given twice on <" + node.name() + ">";
+        }
+        return !problem.empty();
+    });
+    return problem;
+}
 } // namespace
 
 bool SDOMXMLWrapper::LoadFromString(std::string text) {
+    // A reference to an undefined entity is kept as written by the parser;
+    // only a text with a reference in it is parsed a second time, keeping
+    // every reference as written, to find one.
+    if (text.find('&') != std::string::npos) {
+        pugi::xml_document raw;
+        const unsigned options =
+            (pugi::parse_default | pugi::parse_ws_pcdata_single | pugi::parse_embed_pcdata) &
+            ~pugi::parse_escapes;
+        if (raw.load_buffer(text.data(), text.size(), options)) {
+            const std::string problem = WellFormedness(raw, true);
+            if (!problem.empty()) {
+                fDocument.reset();
+                fNode = {};
+                fError = "not well-formed XML: " + problem;
+                return false;
+            }
+        }
+    }
     auto doc = std::make_shared<Document>();
     doc->fText = std::move(text);
     // A text that is an element's first child is kept on the element itself
@@ -80,6 +168,10 @@ bool SDOMXMLWrapper::LoadFromString(std::string text) {
     pugi::xml_node root = doc->fDoc.document_element();
     if (!root) {
         fError = "no root element";
+        return false;
+    }
+    if (const std::string problem = WellFormedness(doc->fDoc, false); !problem.empty()) {
+        fError = "not well-formed XML: " + problem;
         return false;
     }
     fError.clear();

@@ -1,6 +1,7 @@
 // Word splitting and number conversion.
 #include "host/xml/XMLText.h"
 
+#include "host/cf/CFErrorChannel.h"
 #include "host/cf/CFSysmis.h"
 
 #include <charconv>
@@ -44,7 +45,10 @@ double ParseDouble(std::string_view word, bool& ok) {
         if (tiny) {
             return negative ? -0.0 : 0.0;
         }
-        return negative ? -std::numeric_limits<double>::max() : std::numeric_limits<double>::max();
+        CFErrorChannel::ReportOnce(CFMessage::kWarning,
+                                   "a number beyond the range of a double (such as 1e400) is "
+                                   "read as the missing value");
+        return kCFSysmis;
     }
     if (ec != std::errc() || end != word.data() + word.size()) {
         ok = false;

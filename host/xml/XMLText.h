@@ -33,8 +33,9 @@ template <typename Visit> void ForEachToken(std::string_view text, Visit&& visit
 
 // The number a word writes, by std::from_chars; surrounding blanks and a
 // leading "+" are allowed. A word that is not a number gives the
-// system-missing value as a double and 0 as an integer; a number out of range
-// gives the nearest representable value (an integer saturates).
+// system-missing value as a double and 0 as an integer. A number too small
+// for a double gives zero; one too large, the system-missing value, with a
+// warning; an integer out of range saturates.
 double String2Double(std::string_view word);
 int String2Integer(std::string_view word);
 
