@@ -1,0 +1,315 @@
+// Cochran's Q, Friedman's test and Kendall's W, with pairwise comparisons
+// and step-down homogeneous subsets.
+#include "engine/stats/RelatedKSamples.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <functional>
+#include <numeric>
+
+#include <boost/math/distributions/chi_squared.hpp>
+#include <boost/math/distributions/normal.hpp>
+
+namespace {
+
+// Whether all columns hold n cases; sets the outcome otherwise.
+template <typename Result> bool CheckColumns(RelatedColumns columns, Result& result) {
+    result.fFields = columns.size();
+    if (columns.size() < 2) {
+        result.fOutcome = RelatedOutcome::kTooFewFields;
+        return false;
+    }
+    result.fTotalN = columns[0].size();
+    for (const auto& column : columns) {
+        if (column.size() != result.fTotalN) {
+            result.fOutcome = RelatedOutcome::kUnequalLengths;
+            return false;
+        }
+    }
+    if (result.fTotalN < 2) {
+        result.fOutcome = RelatedOutcome::kTooFewCases;
+        return false;
+    }
+    return true;
+}
+
+double ChiSquareUpper(double statistic, double df) {
+    const boost::math::chi_squared distribution(df);
+    return boost::math::cdf(boost::math::complement(distribution, std::max(statistic, 0.0)));
+}
+
+double NormalTwoSided(double z) {
+    const boost::math::normal standard;
+    return 2.0 * boost::math::cdf(boost::math::complement(standard, std::fabs(z)));
+}
+
+bool Contains(std::span<const double> list, double value) {
+    return std::find(list.begin(), list.end(), value) != list.end();
+}
+
+// Pairs of fields by their values, compared with one standard error.
+std::vector<RelatedComparison> Pairwise(const std::vector<double>& values, double scale,
+                                        double standardError) {
+    std::vector<RelatedComparison> rows;
+    const std::size_t k = values.size();
+    const double pairs = static_cast<double>(k * (k - 1) / 2);
+    for (std::size_t i = 0; i < k; ++i) {
+        for (std::size_t j = i + 1; j < k; ++j) {
+            RelatedComparison row;
+            row.fFirst = values[i] <= values[j] ? i : j;
+            row.fSecond = values[i] <= values[j] ? j : i;
+            row.fStatistic = (values[row.fFirst] - values[row.fSecond]) * scale;
+            row.fStandardError = standardError;
+            row.fStandardized = row.fStatistic / standardError;
+            row.fSig = NormalTwoSided(row.fStandardized);
+            row.fAdjustedSig = std::min(1.0, row.fSig * pairs);
+            rows.push_back(row);
+        }
+    }
+    return rows;
+}
+
+// The step-down procedure over fields ordered by `values`; `test` gives the
+// statistic and significance of the fields it is handed (positions in the
+// columns).
+RelatedStepwise
+Stepwise(const std::vector<double>& values, double alpha,
+         const std::function<RelatedSubset(const std::vector<std::size_t>&)>& test) {
+    RelatedStepwise stepwise;
+    const std::size_t k = values.size();
+    stepwise.fOrder.resize(k);
+    std::iota(stepwise.fOrder.begin(), stepwise.fOrder.end(), std::size_t{0});
+    std::stable_sort(stepwise.fOrder.begin(), stepwise.fOrder.end(),
+                     [&](std::size_t a, std::size_t b) { return values[a] < values[b]; });
+    for (std::size_t f : stepwise.fOrder) {
+        stepwise.fValues.push_back(values[f]);
+    }
+    std::vector<RelatedSubset>& found = stepwise.fSubsets;
+    for (std::size_t size = k; size >= 2; --size) {
+        for (std::size_t start = 0; start + size <= k; ++start) {
+            const std::size_t end = start + size - 1;
+            const bool inside =
+                std::any_of(found.begin(), found.end(), [&](const RelatedSubset& s) {
+                    return s.fFirstPosition <= start && end <= s.fLastPosition;
+                });
+            if (inside) {
+                continue;
+            }
+            const std::vector<std::size_t> members(
+                stepwise.fOrder.begin() + static_cast<std::ptrdiff_t>(start),
+                stepwise.fOrder.begin() + static_cast<std::ptrdiff_t>(end + 1));
+            RelatedSubset subset = test(members);
+            subset.fFirstPosition = start;
+            subset.fLastPosition = end;
+            subset.fAdjustedSig = 1.0 - std::pow(1.0 - subset.fSig, static_cast<double>(k) /
+                                                                        static_cast<double>(size));
+            if (subset.fAdjustedSig >= alpha) {
+                found.push_back(subset);
+            }
+        }
+    }
+    for (std::size_t position = 0; position < k; ++position) {
+        const bool covered = std::any_of(found.begin(), found.end(), [&](const RelatedSubset& s) {
+            return s.fFirstPosition <= position && position <= s.fLastPosition;
+        });
+        if (!covered) {
+            RelatedSubset single;
+            single.fFirstPosition = position;
+            single.fLastPosition = position;
+            found.push_back(single);
+        }
+    }
+    std::sort(found.begin(), found.end(), [](const RelatedSubset& a, const RelatedSubset& b) {
+        return a.fFirstPosition != b.fFirstPosition ? a.fFirstPosition < b.fFirstPosition
+                                                    : a.fLastPosition < b.fLastPosition;
+    });
+    return stepwise;
+}
+
+// The test of a subset whose statistic could not be computed because its
+// fields agree in every case: nothing tells them apart.
+RelatedSubset AgreeingSubset() {
+    RelatedSubset subset;
+    subset.fStatistic = 0;
+    subset.fSig = 1;
+    return subset;
+}
+
+} // namespace
+
+FriedmanResult Friedman(RelatedColumns columns) {
+    FriedmanResult result;
+    if (!CheckColumns(columns, result)) {
+        return result;
+    }
+    const std::size_t n = result.fTotalN;
+    const std::size_t k = result.fFields;
+    // Rank sums and rank counts are kept in doubled ranks (integers 2..2k).
+    std::vector<std::uint64_t> doubledRankSums(k, 0);
+    std::vector<std::uint64_t> counts(k * (2 * k + 1), 0);
+    std::vector<double> row(k);
+    std::vector<std::size_t> order(k);
+    std::uint64_t tieSum = 0;
+    for (std::size_t i = 0; i < n; ++i) {
+        for (std::size_t j = 0; j < k; ++j) {
+            row[j] = columns[j][i];
+            order[j] = j;
+        }
+        // Insertion sort of the k fields by value: k is small.
+        for (std::size_t a = 1; a < k; ++a) {
+            const std::size_t moving = order[a];
+            std::size_t b = a;
+            while (b > 0 && row[moving] < row[order[b - 1]]) {
+                order[b] = order[b - 1];
+                --b;
+            }
+            order[b] = moving;
+        }
+        for (std::size_t first = 0; first < k;) {
+            std::size_t last = first + 1;
+            while (last < k && row[order[last]] == row[order[first]]) {
+                ++last;
+            }
+            const std::uint64_t doubled = first + 1 + last;
+            for (std::size_t p = first; p < last; ++p) {
+                doubledRankSums[order[p]] += doubled;
+                ++counts[order[p] * (2 * k + 1) + doubled];
+            }
+            const std::uint64_t t = last - first;
+            tieSum += t * t * t - t;
+            first = last;
+        }
+    }
+    const double nd = static_cast<double>(n);
+    const double kd = static_cast<double>(k);
+    result.fTieSum = static_cast<double>(tieSum);
+    double squares = 0;
+    result.fMeanRanks.resize(k);
+    result.fRankCounts.resize(k);
+    for (std::size_t j = 0; j < k; ++j) {
+        // R_j - n(k+1)/2 in halves, exactly: 2R_j - n(k+1).
+        const double excess = static_cast<double>(static_cast<std::int64_t>(doubledRankSums[j]) -
+                                                  static_cast<std::int64_t>(n * (k + 1)));
+        squares += 0.25 * excess * excess;
+        result.fMeanRanks[j] = 0.5 * static_cast<double>(doubledRankSums[j]) / nd;
+        for (std::size_t doubled = 2; doubled <= 2 * k; ++doubled) {
+            const std::uint64_t c = counts[j * (2 * k + 1) + doubled];
+            if (c > 0) {
+                result.fRankCounts[j].push_back(
+                    {0.5 * static_cast<double>(doubled), static_cast<double>(c)});
+            }
+        }
+    }
+    const double denominator = nd * kd * (kd + 1) - result.fTieSum / (kd - 1);
+    result.fDegreesOfFreedom = kd - 1;
+    if (!(denominator > 0)) {
+        result.fOutcome = RelatedOutcome::kNoVariance;
+        return result;
+    }
+    result.fStatistic = 12.0 * squares / denominator;
+    result.fAsymptoticSig = ChiSquareUpper(result.fStatistic, kd - 1);
+    result.fKendallW = result.fStatistic / (nd * (kd - 1));
+    return result;
+}
+
+CochranResult CochranQ(RelatedColumns columns, std::span<const double> success) {
+    CochranResult result;
+    if (!CheckColumns(columns, result)) {
+        return result;
+    }
+    const std::size_t n = result.fTotalN;
+    const std::size_t k = result.fFields;
+    std::vector<std::uint64_t> fieldSuccesses(k, 0);
+    std::uint64_t rowSquares = 0;
+    for (std::size_t i = 0; i < n; ++i) {
+        std::uint64_t r = 0;
+        for (std::size_t j = 0; j < k; ++j) {
+            if (Contains(success, columns[j][i])) {
+                ++fieldSuccesses[j];
+                ++r;
+            }
+        }
+        rowSquares += r * r;
+    }
+    std::uint64_t total = 0;
+    std::uint64_t fieldSquares = 0;
+    for (std::uint64_t t : fieldSuccesses) {
+        total += t;
+        fieldSquares += t * t;
+        result.fSuccesses.push_back(static_cast<double>(t));
+    }
+    const double kd = static_cast<double>(k);
+    const double nd = static_cast<double>(n);
+    result.fDegreesOfFreedom = kd - 1;
+    // Both sums are exact integers; kN - sum R_i^2 = sum R_i (k - R_i) >= 0.
+    const double denominator = static_cast<double>(k * total - rowSquares);
+    if (!(denominator > 0)) {
+        result.fOutcome = RelatedOutcome::kNoVariance;
+        return result;
+    }
+    const double numerator = static_cast<double>(k * fieldSquares - total * total);
+    result.fStatistic = (kd - 1) * numerator / denominator;
+    result.fAsymptoticSig = ChiSquareUpper(result.fStatistic, kd - 1);
+    result.fPairStandardError = std::sqrt(2.0 * denominator / (nd * nd * kd * (kd - 1)));
+    return result;
+}
+
+std::vector<RelatedComparison> FriedmanPairwise(const FriedmanResult& result) {
+    if (!result.Computed()) {
+        return {};
+    }
+    const double k = static_cast<double>(result.fFields);
+    const double n = static_cast<double>(result.fTotalN);
+    return Pairwise(result.fMeanRanks, 1.0, std::sqrt(k * (k + 1) / (6.0 * n)));
+}
+
+std::vector<RelatedComparison> CochranPairwise(const CochranResult& result) {
+    if (!result.Computed()) {
+        return {};
+    }
+    return Pairwise(result.fSuccesses, 1.0 / static_cast<double>(result.fTotalN),
+                    result.fPairStandardError);
+}
+
+RelatedStepwise FriedmanStepwise(RelatedColumns columns, const FriedmanResult& result,
+                                 double alpha) {
+    if (!result.Computed()) {
+        return {};
+    }
+    return Stepwise(result.fMeanRanks, alpha, [&](const std::vector<std::size_t>& members) {
+        std::vector<std::span<const double>> subset;
+        for (std::size_t f : members) {
+            subset.push_back(columns[f]);
+        }
+        const FriedmanResult part = Friedman(subset);
+        if (!part.Computed()) {
+            return AgreeingSubset();
+        }
+        RelatedSubset row;
+        row.fStatistic = part.fStatistic;
+        row.fSig = part.fAsymptoticSig;
+        return row;
+    });
+}
+
+RelatedStepwise CochranStepwise(RelatedColumns columns, std::span<const double> success,
+                                const CochranResult& result, double alpha) {
+    if (!result.Computed()) {
+        return {};
+    }
+    return Stepwise(result.fSuccesses, alpha, [&](const std::vector<std::size_t>& members) {
+        std::vector<std::span<const double>> subset;
+        for (std::size_t f : members) {
+            subset.push_back(columns[f]);
+        }
+        const CochranResult part = CochranQ(subset, success);
+        if (!part.Computed()) {
+            return AgreeingSubset();
+        }
+        RelatedSubset row;
+        row.fStatistic = part.fStatistic;
+        row.fSig = part.fAsymptoticSig;
+        return row;
+    });
+}
