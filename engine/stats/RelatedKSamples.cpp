@@ -48,92 +48,45 @@ bool Contains(std::span<const double> list, double value) {
     return std::find(list.begin(), list.end(), value) != list.end();
 }
 
-// Pairs of fields by their values, compared with one standard error.
-std::vector<RelatedComparison> Pairwise(const std::vector<double>& values, double scale,
-                                        double standardError) {
-    std::vector<RelatedComparison> rows;
-    const std::size_t k = values.size();
-    const double pairs = static_cast<double>(k * (k - 1) / 2);
-    for (std::size_t i = 0; i < k; ++i) {
-        for (std::size_t j = i + 1; j < k; ++j) {
-            RelatedComparison row;
-            row.fFirst = values[i] <= values[j] ? i : j;
-            row.fSecond = values[i] <= values[j] ? j : i;
-            row.fStatistic = (values[row.fFirst] - values[row.fSecond]) * scale;
-            row.fStandardError = standardError;
-            row.fStandardized = row.fStatistic / standardError;
-            row.fSig = NormalTwoSided(row.fStandardized);
-            row.fAdjustedSig = std::min(1.0, row.fSig * pairs);
-            rows.push_back(row);
-        }
-    }
-    return rows;
+// Every pair of the fields compared by the difference of their values
+// times `scale`, with one standard error.
+std::vector<ComparisonRow> Pairwise(const std::vector<double>& values, double scale,
+                                    double standardError) {
+    std::vector<std::size_t> fields(values.size());
+    std::iota(fields.begin(), fields.end(), std::size_t{0});
+    return PairwiseComparisons(fields, values, [&](std::size_t first, std::size_t second) {
+        SampleTest test;
+        test.fStatistic = (values[first] - values[second]) * scale;
+        test.fStdError = standardError;
+        test.fStdStatistic = test.fStatistic / standardError;
+        test.fSig = NormalTwoSided(test.fStdStatistic);
+        return test;
+    });
 }
 
-// The step-down procedure over fields ordered by `values`; `test` gives the
-// statistic and significance of the fields it is handed (positions in the
-// columns).
-RelatedStepwise
-Stepwise(const std::vector<double>& values, double alpha,
-         const std::function<RelatedSubset(const std::vector<std::size_t>&)>& test) {
+// The step-down subsets of the fields ordered by `values`; `test` runs the
+// family's test on the fields it is handed.
+RelatedStepwise Stepwise(const std::vector<double>& values, double sigLevel,
+                         const std::function<SampleTest(RelatedColumns)>& test,
+                         RelatedColumns columns) {
     RelatedStepwise stepwise;
-    const std::size_t k = values.size();
-    stepwise.fOrder.resize(k);
-    std::iota(stepwise.fOrder.begin(), stepwise.fOrder.end(), std::size_t{0});
-    std::stable_sort(stepwise.fOrder.begin(), stepwise.fOrder.end(),
-                     [&](std::size_t a, std::size_t b) { return values[a] < values[b]; });
+    std::vector<std::size_t> fields(values.size());
+    std::iota(fields.begin(), fields.end(), std::size_t{0});
+    stepwise.fOrder = OrderByShownValue(fields, values);
     for (std::size_t f : stepwise.fOrder) {
         stepwise.fValues.push_back(values[f]);
     }
-    std::vector<RelatedSubset>& found = stepwise.fSubsets;
-    for (std::size_t size = k; size >= 2; --size) {
-        for (std::size_t start = 0; start + size <= k; ++start) {
-            const std::size_t end = start + size - 1;
-            const bool inside =
-                std::any_of(found.begin(), found.end(), [&](const RelatedSubset& s) {
-                    return s.fFirstPosition <= start && end <= s.fLastPosition;
-                });
-            if (inside) {
-                continue;
+    stepwise.fRows = HomogeneousSubsets(
+        stepwise.fOrder,
+        [&](std::span<const std::size_t> members) {
+            std::vector<std::span<const double>> subset;
+            for (std::size_t f : members) {
+                subset.push_back(columns[f]);
             }
-            const std::vector<std::size_t> members(
-                stepwise.fOrder.begin() + static_cast<std::ptrdiff_t>(start),
-                stepwise.fOrder.begin() + static_cast<std::ptrdiff_t>(end + 1));
-            RelatedSubset subset = test(members);
-            subset.fFirstPosition = start;
-            subset.fLastPosition = end;
-            subset.fAdjustedSig = 1.0 - std::pow(1.0 - subset.fSig, static_cast<double>(k) /
-                                                                        static_cast<double>(size));
-            if (subset.fAdjustedSig >= alpha) {
-                found.push_back(subset);
-            }
-        }
-    }
-    for (std::size_t position = 0; position < k; ++position) {
-        const bool covered = std::any_of(found.begin(), found.end(), [&](const RelatedSubset& s) {
-            return s.fFirstPosition <= position && position <= s.fLastPosition;
-        });
-        if (!covered) {
-            RelatedSubset single;
-            single.fFirstPosition = position;
-            single.fLastPosition = position;
-            found.push_back(single);
-        }
-    }
-    std::sort(found.begin(), found.end(), [](const RelatedSubset& a, const RelatedSubset& b) {
-        return a.fFirstPosition != b.fFirstPosition ? a.fFirstPosition < b.fFirstPosition
-                                                    : a.fLastPosition < b.fLastPosition;
-    });
+            return test(subset);
+        },
+        sigLevel);
     return stepwise;
-}
-
-// The test of a subset whose statistic could not be computed because its
-// fields agree in every case: nothing tells them apart.
-RelatedSubset AgreeingSubset() {
-    RelatedSubset subset;
-    subset.fStatistic = 0;
-    subset.fSig = 1;
-    return subset;
 }
 
 } // namespace
@@ -255,7 +208,7 @@ CochranResult CochranQ(RelatedColumns columns, std::span<const double> success) 
     return result;
 }
 
-std::vector<RelatedComparison> FriedmanPairwise(const FriedmanResult& result) {
+std::vector<ComparisonRow> FriedmanPairwise(const FriedmanResult& result) {
     if (!result.Computed()) {
         return {};
     }
@@ -264,7 +217,7 @@ std::vector<RelatedComparison> FriedmanPairwise(const FriedmanResult& result) {
     return Pairwise(result.fMeanRanks, 1.0, std::sqrt(k * (k + 1) / (6.0 * n)));
 }
 
-std::vector<RelatedComparison> CochranPairwise(const CochranResult& result) {
+std::vector<ComparisonRow> CochranPairwise(const CochranResult& result) {
     if (!result.Computed()) {
         return {};
     }
@@ -272,44 +225,39 @@ std::vector<RelatedComparison> CochranPairwise(const CochranResult& result) {
                     result.fPairStandardError);
 }
 
+// Fields that agree in every case cannot be told apart: statistic 0,
+// significance 1.
+static SampleTest SubsetOutcome(double statistic, double sig, bool computed) {
+    SampleTest test;
+    test.fStatistic = computed ? statistic : 0.0;
+    test.fSig = computed ? sig : 1.0;
+    return test;
+}
+
 RelatedStepwise FriedmanStepwise(RelatedColumns columns, const FriedmanResult& result,
-                                 double alpha) {
+                                 double sigLevel) {
     if (!result.Computed()) {
         return {};
     }
-    return Stepwise(result.fMeanRanks, alpha, [&](const std::vector<std::size_t>& members) {
-        std::vector<std::span<const double>> subset;
-        for (std::size_t f : members) {
-            subset.push_back(columns[f]);
-        }
-        const FriedmanResult part = Friedman(subset);
-        if (!part.Computed()) {
-            return AgreeingSubset();
-        }
-        RelatedSubset row;
-        row.fStatistic = part.fStatistic;
-        row.fSig = part.fAsymptoticSig;
-        return row;
-    });
+    return Stepwise(
+        result.fMeanRanks, sigLevel,
+        [](RelatedColumns subset) {
+            const FriedmanResult part = Friedman(subset);
+            return SubsetOutcome(part.fStatistic, part.fAsymptoticSig, part.Computed());
+        },
+        columns);
 }
 
 RelatedStepwise CochranStepwise(RelatedColumns columns, std::span<const double> success,
-                                const CochranResult& result, double alpha) {
+                                const CochranResult& result, double sigLevel) {
     if (!result.Computed()) {
         return {};
     }
-    return Stepwise(result.fSuccesses, alpha, [&](const std::vector<std::size_t>& members) {
-        std::vector<std::span<const double>> subset;
-        for (std::size_t f : members) {
-            subset.push_back(columns[f]);
-        }
-        const CochranResult part = CochranQ(subset, success);
-        if (!part.Computed()) {
-            return AgreeingSubset();
-        }
-        RelatedSubset row;
-        row.fStatistic = part.fStatistic;
-        row.fSig = part.fAsymptoticSig;
-        return row;
-    });
+    return Stepwise(
+        result.fSuccesses, sigLevel,
+        [&](RelatedColumns subset) {
+            const CochranResult part = CochranQ(subset, success);
+            return SubsetOutcome(part.fStatistic, part.fAsymptoticSig, part.Computed());
+        },
+        columns);
 }

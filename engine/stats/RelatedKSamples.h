@@ -9,6 +9,7 @@
 #include <span>
 #include <vector>
 
+#include "engine/stats/MultipleComparisons.h"
 #include "engine/stats/RelatedOutcome.h"
 
 using RelatedColumns = std::span<const std::span<const double>>;
@@ -29,10 +30,10 @@ struct FriedmanResult {
     RelatedOutcome fOutcome = RelatedOutcome::kComputed;
     std::size_t fTotalN = 0; // cases
     std::size_t fFields = 0; // k
-    double fStatistic = kRelatedNoValue;
-    double fDegreesOfFreedom = kRelatedNoValue;
-    double fAsymptoticSig = kRelatedNoValue;
-    double fKendallW = kRelatedNoValue;
+    double fStatistic = kNoValue;
+    double fDegreesOfFreedom = kNoValue;
+    double fAsymptoticSig = kNoValue;
+    double fKendallW = kNoValue;
     double fTieSum = 0;
     std::vector<double> fMeanRanks;                  // per field
     std::vector<std::vector<RankCount>> fRankCounts; // per field, ascending by rank
@@ -48,58 +49,39 @@ struct CochranResult {
     RelatedOutcome fOutcome = RelatedOutcome::kComputed;
     std::size_t fTotalN = 0;
     std::size_t fFields = 0;
-    double fStatistic = kRelatedNoValue;
-    double fDegreesOfFreedom = kRelatedNoValue;
-    double fAsymptoticSig = kRelatedNoValue;
-    std::vector<double> fSuccesses;              // per field
-    double fPairStandardError = kRelatedNoValue; // sqrt(2(kN - sum R_i^2) / (n^2 k(k-1)))
+    double fStatistic = kNoValue;
+    double fDegreesOfFreedom = kNoValue;
+    double fAsymptoticSig = kNoValue;
+    std::vector<double> fSuccesses;       // per field
+    double fPairStandardError = kNoValue; // sqrt(2(kN - sum R_i^2) / (n^2 k(k-1)))
     bool Computed() const { return fOutcome == RelatedOutcome::kComputed; }
 };
 CochranResult CochranQ(RelatedColumns columns, std::span<const double> success);
 
-// One pairwise comparison of two fields (positions in the columns). The
-// first field is the one with the smaller mean rank (Friedman, Kendall) or
-// the fewer successes (Cochran); on a tie, the earlier field. The statistic
-// is first minus second (mean ranks, or proportions of successes), so it is
+// Pairwise comparisons of the fields (rows of the shared multiple-comparison
+// table; sample indices are positions in the columns). The first field of a
+// pair is the one with the smaller mean rank (Friedman, Kendall) or the
+// fewer successes (Cochran); on a tie, the earlier field. The statistic is
+// first minus second (mean ranks, or proportions of successes), so it is
 // never positive; the significance is two-sided from the standard normal,
-// and the adjusted one is Bonferroni's over the k(k-1)/2 pairs, capped at 1.
-struct RelatedComparison {
-    std::size_t fFirst = 0;
-    std::size_t fSecond = 0;
-    double fStatistic = kRelatedNoValue;
-    double fStandardError = kRelatedNoValue;
-    double fStandardized = kRelatedNoValue;
-    double fSig = kRelatedNoValue;
-    double fAdjustedSig = kRelatedNoValue;
-};
+// and the adjusted one is Bonferroni's over the k(k-1)/2 pairs.
 // Pairs of mean ranks with standard error sqrt(k(k+1)/(6n)) (Friedman and Kendall).
-std::vector<RelatedComparison> FriedmanPairwise(const FriedmanResult& result);
+std::vector<ComparisonRow> FriedmanPairwise(const FriedmanResult& result);
 // Pairs of success proportions with the pair standard error of the result.
-std::vector<RelatedComparison> CochranPairwise(const CochranResult& result);
+std::vector<ComparisonRow> CochranPairwise(const CochranResult& result);
 
-// Step-down homogeneous subsets. The fields are ordered by their value
-// (mean rank or successes, ascending; ties keep field order); every run of
-// consecutive fields, longest first, that no homogeneous subset found
-// already contains is tested with the family's own test on those fields
-// alone; it is homogeneous when its adjusted significance
-// 1 - (1 - p)^(k/size) is at least `alpha`. Fields in no such subset form
-// subsets of their own, without a test. Subsets are sorted by first, then
-// last position.
-struct RelatedSubset {
-    std::size_t fFirstPosition = 0; // positions in fOrder
-    std::size_t fLastPosition = 0;
-    double fStatistic = kRelatedNoValue;
-    double fStandardError = kRelatedNoValue; // not defined for these tests
-    double fStandardized = kRelatedNoValue;  // not defined for these tests
-    double fSig = kRelatedNoValue;
-    double fAdjustedSig = kRelatedNoValue;
-};
+// Step-down homogeneous subsets: the fields ordered by their value (mean
+// rank or successes, ascending; ties keep field order), each run of
+// consecutive fields tested with the family's own test on those fields
+// alone (Friedman's statistic for Friedman and Kendall, Q for Cochran;
+// neither has a standard error). Fields that agree in every case make a
+// subset with statistic 0 and significance 1.
 struct RelatedStepwise {
-    std::vector<std::size_t> fOrder; // field positions, ascending by value
-    std::vector<double> fValues;     // the value of each field in fOrder
-    std::vector<RelatedSubset> fSubsets;
+    std::vector<std::size_t> fOrder;  // field positions, ascending by value
+    std::vector<double> fValues;      // the value of each field in fOrder
+    std::vector<ComparisonRow> fRows; // fFirst, fSecond: positions in fOrder
 };
 RelatedStepwise FriedmanStepwise(RelatedColumns columns, const FriedmanResult& result,
-                                 double alpha);
+                                 double sigLevel);
 RelatedStepwise CochranStepwise(RelatedColumns columns, std::span<const double> success,
-                                const CochranResult& result, double alpha);
+                                const CochranResult& result, double sigLevel);

@@ -1,7 +1,7 @@
 // Whether a related-samples statistic could be computed, and why not.
 #pragma once
 
-#include <limits>
+#include "engine/stats/MultipleComparisons.h"
 
 enum class RelatedOutcome {
     kComputed,
@@ -36,6 +36,3 @@ inline const char* RelatedOutcomeText(RelatedOutcome outcome) {
     }
     return "unknown";
 }
-
-// A number that was not computed (a missing cell in the document).
-inline constexpr double kRelatedNoValue = std::numeric_limits<double>::quiet_NaN();

@@ -220,7 +220,7 @@ double WalshAverageOrderStatistic(std::span<const double> values, std::size_t k)
     const std::size_t n = x.size();
     const std::size_t total = n * (n + 1) / 2;
     if (n == 0 || k < 1 || k > total) {
-        return kRelatedNoValue;
+        return kNoValue;
     }
     // Row i holds the sums x[i] + x[j] for j = i..n-1, ascending in j. The
     // k-th smallest sum lies among the candidates lo[i] <= j < hi[i] of each

@@ -34,12 +34,12 @@ struct SignTestResult {
     RelatedOutcome fOutcome = RelatedOutcome::kComputed;
     std::size_t fTotalN = 0; // complete cases
     DifferenceCounts fCounts;
-    double fStatistic = kRelatedNoValue;     // number of positive differences
-    double fStandardError = kRelatedNoValue; // sqrt(m) / 2 for m nonzero differences
-    double fStandardized = kRelatedNoValue;  // (positives - m/2 -+ 1/2) / standard error
-    double fAsymptoticSig = kRelatedNoValue; // two-sided, from the standardized statistic
-    double fExactSig = kRelatedNoValue;      // two-sided binomial
-    bool fExactReported = false;             // the exact significance is the one to report
+    double fStatistic = kNoValue;     // number of positive differences
+    double fStandardError = kNoValue; // sqrt(m) / 2 for m nonzero differences
+    double fStandardized = kNoValue;  // (positives - m/2 -+ 1/2) / standard error
+    double fAsymptoticSig = kNoValue; // two-sided, from the standardized statistic
+    double fExactSig = kNoValue;      // two-sided binomial
+    bool fExactReported = false;      // the exact significance is the one to report
     bool Computed() const { return fOutcome == RelatedOutcome::kComputed; }
 };
 SignTestResult SignTest(std::span<const double> first, std::span<const double> second);
@@ -56,12 +56,12 @@ struct WilcoxonResult {
     RelatedOutcome fOutcome = RelatedOutcome::kComputed;
     std::size_t fTotalN = 0; // complete cases
     DifferenceCounts fCounts;
-    double fStatistic = kRelatedNoValue;     // sum of the ranks of the positive differences
-    double fExpected = kRelatedNoValue;      // m(m+1)/4 for m nonzero differences
-    double fStandardError = kRelatedNoValue; // tie-corrected
-    double fStandardized = kRelatedNoValue;  // (statistic - expected) / standard error
-    double fAsymptoticSig = kRelatedNoValue; // two-sided
-    double fExactSig = kRelatedNoValue;      // two-sided, when fHasExact
+    double fStatistic = kNoValue;     // sum of the ranks of the positive differences
+    double fExpected = kNoValue;      // m(m+1)/4 for m nonzero differences
+    double fStandardError = kNoValue; // tie-corrected
+    double fStandardized = kNoValue;  // (statistic - expected) / standard error
+    double fAsymptoticSig = kNoValue; // two-sided
+    double fExactSig = kNoValue;      // two-sided, when fHasExact
     bool fHasExact = false;
     double fTieSum = 0; // sum of t^3 - t over tied groups of absolute differences
     bool Computed() const { return fOutcome == RelatedOutcome::kComputed; }
@@ -78,10 +78,10 @@ WilcoxonResult WilcoxonSignedRank(std::span<const double> first, std::span<const
 struct HodgesLehmannResult {
     RelatedOutcome fOutcome = RelatedOutcome::kComputed;
     std::size_t fTotalN = 0;
-    double fEstimate = kRelatedNoValue;
-    double fLower = kRelatedNoValue;
-    double fUpper = kRelatedNoValue;
-    double fLevel = kRelatedNoValue;
+    double fEstimate = kNoValue;
+    double fLower = kNoValue;
+    double fUpper = kNoValue;
+    double fLevel = kNoValue;
     std::size_t fRankOfBound = 0; // c above
     bool Computed() const { return fOutcome == RelatedOutcome::kComputed; }
 };

@@ -78,7 +78,7 @@ void CheckFriedman(const std::vector<double>& numbers, const std::string& name) 
         }
         EXPECT_EQ(cases, static_cast<double>(result.fTotalN));
     }
-    const std::vector<RelatedComparison> pairs = FriedmanPairwise(result);
+    const std::vector<ComparisonRow> pairs = FriedmanPairwise(result);
     ASSERT_EQ(pairs.size(), k * (k - 1) / 2);
     for (std::size_t p = 0; p < pairs.size(); ++p) {
         ExpectSig(pairs[p].fSig, data.fRest[3 + k + p], name + " pairwise");
@@ -115,7 +115,7 @@ void CheckCochran(const std::vector<double>& numbers, const std::vector<double>&
         EXPECT_EQ(result.fSuccesses[j], data.fRest[2 + j]) << name;
     }
     ExpectStatistic(result.fPairStandardError, data.fRest[2 + k], name + " pair se");
-    const std::vector<RelatedComparison> pairs = CochranPairwise(result);
+    const std::vector<ComparisonRow> pairs = CochranPairwise(result);
     ASSERT_EQ(pairs.size(), k * (k - 1) / 2);
     for (std::size_t p = 0; p < pairs.size(); ++p) {
         ExpectSig(pairs[p].fSig, data.fRest[3 + k + p], name + " pairwise");
@@ -219,14 +219,14 @@ TEST(RelatedKSamples, StepwiseSubsetsTestRunsOfOrderedFields) {
     for (std::size_t p = 1; p < 4; ++p) {
         EXPECT_LE(stepwise.fValues[p - 1], stepwise.fValues[p]);
     }
-    ASSERT_EQ(stepwise.fSubsets.size(), 2u);
-    EXPECT_EQ(stepwise.fSubsets[0].fFirstPosition, 0u);
-    EXPECT_EQ(stepwise.fSubsets[0].fLastPosition, 1u);
-    EXPECT_EQ(stepwise.fSubsets[1].fFirstPosition, 2u);
-    EXPECT_EQ(stepwise.fSubsets[1].fLastPosition, 3u);
-    for (const RelatedSubset& s : stepwise.fSubsets) {
+    ASSERT_EQ(stepwise.fRows.size(), 2u);
+    EXPECT_EQ(stepwise.fRows[0].fFirst, 0u);
+    EXPECT_EQ(stepwise.fRows[0].fSecond, 1u);
+    EXPECT_EQ(stepwise.fRows[1].fFirst, 2u);
+    EXPECT_EQ(stepwise.fRows[1].fSecond, 3u);
+    for (const ComparisonRow& s : stepwise.fRows) {
         std::vector<std::vector<double>> members;
-        for (std::size_t p = s.fFirstPosition; p <= s.fLastPosition; ++p) {
+        for (std::size_t p = s.fFirst; p <= s.fSecond; ++p) {
             members.push_back(fields[stepwise.fOrder[p]]);
         }
         const std::vector<double> r =
@@ -236,29 +236,29 @@ TEST(RelatedKSamples, StepwiseSubsetsTestRunsOfOrderedFields) {
         ExpectSig(s.fSig, r[1], "subset significance");
         ExpectSig(s.fAdjustedSig, 1 - std::pow(1 - r[1], 4.0 / 2.0), "adjusted");
         EXPECT_GE(s.fAdjustedSig, 0.05);
-        EXPECT_TRUE(std::isnan(s.fStandardError));
+        EXPECT_TRUE(std::isnan(s.fStdError));
     }
     // Cochran on the same fields with success "3 or more": alike pairs again.
     const std::vector<double> success{3, 4, 5, 6, 7};
     const CochranResult q = CochranQ(Spans(fields), success);
     const RelatedStepwise cs = CochranStepwise(Spans(fields), success, q, 0.05);
-    ASSERT_FALSE(cs.fSubsets.empty());
-    EXPECT_EQ(cs.fSubsets.front().fFirstPosition, 0u);
-    EXPECT_EQ(cs.fSubsets.back().fLastPosition, 3u);
+    ASSERT_FALSE(cs.fRows.empty());
+    EXPECT_EQ(cs.fRows.front().fFirst, 0u);
+    EXPECT_EQ(cs.fRows.back().fSecond, 3u);
 }
 
 TEST(RelatedKSamples, StepwiseOfIndistinguishableFieldsIsOneSubset) {
     const auto fields = RandomFields(41, 30, 3, 4, 0.0);
     const FriedmanResult result = Friedman(Spans(fields));
     const RelatedStepwise stepwise = FriedmanStepwise(Spans(fields), result, 1e-12);
-    ASSERT_EQ(stepwise.fSubsets.size(), 1u);
-    EXPECT_EQ(stepwise.fSubsets[0].fLastPosition, 2u);
+    ASSERT_EQ(stepwise.fRows.size(), 1u);
+    EXPECT_EQ(stepwise.fRows[0].fSecond, 2u);
     // alpha above every adjusted significance: every field alone, untested.
     const RelatedStepwise alone = FriedmanStepwise(Spans(fields), result, 1.5);
-    ASSERT_EQ(alone.fSubsets.size(), 3u);
+    ASSERT_EQ(alone.fRows.size(), 3u);
     for (std::size_t p = 0; p < 3; ++p) {
-        EXPECT_EQ(alone.fSubsets[p].fFirstPosition, p);
-        EXPECT_TRUE(std::isnan(alone.fSubsets[p].fSig));
+        EXPECT_EQ(alone.fRows[p].fFirst, p);
+        EXPECT_TRUE(std::isnan(alone.fRows[p].fSig));
     }
 }
 
@@ -329,5 +329,5 @@ TEST(RelatedKSamples, CannotComputeSaysWhy) {
     EXPECT_EQ(CochranQ(Spans({a, a}), success).fOutcome, RelatedOutcome::kNoVariance);
     EXPECT_EQ(CochranQ(Spans({a, b}), success).fOutcome, RelatedOutcome::kUnequalLengths);
     EXPECT_TRUE(FriedmanPairwise(Friedman(Spans({a, a}))).empty());
-    EXPECT_TRUE(FriedmanStepwise(Spans({a, a}), Friedman(Spans({a, a})), 0.05).fSubsets.empty());
+    EXPECT_TRUE(FriedmanStepwise(Spans({a, a}), Friedman(Spans({a, a})), 0.05).fRows.empty());
 }
