@@ -37,10 +37,10 @@ struct McNemarResult {
     std::size_t fTotalN = 0; // cases whose both values are in the categories
     // fCounts[first][second]; index 0 failure, 1 success.
     std::array<std::array<double, 2>, 2> fCounts{};
-    double fStatistic = kNoValue;
+    double fStatistic = kRelatedNoValue;
     double fDegreesOfFreedom = 1;
-    double fAsymptoticSig = kNoValue;
-    double fExactSig = kNoValue;
+    double fAsymptoticSig = kRelatedNoValue;
+    double fExactSig = kRelatedNoValue;
     bool fExactReported = false;
     std::vector<double> fFirstOutside;  // distinct values of the first field outside the lists
     std::vector<double> fSecondOutside; // the same for the second field
@@ -59,11 +59,11 @@ struct MarginalHomogeneityResult {
     std::size_t fTotalN = 0;
     std::size_t fOffDiagonalN = 0; // cases whose two values differ
     CategoryCrosstab fCrosstab;
-    double fStatistic = kNoValue; // sum of first-field scores, off-diagonal cases
-    double fExpected = kNoValue;
-    double fStandardError = kNoValue;
-    double fStandardized = kNoValue;
-    double fAsymptoticSig = kNoValue; // two-sided
+    double fStatistic = kRelatedNoValue; // sum of first-field scores, off-diagonal cases
+    double fExpected = kRelatedNoValue;
+    double fStandardError = kRelatedNoValue;
+    double fStandardized = kRelatedNoValue;
+    double fAsymptoticSig = kRelatedNoValue; // two-sided
     bool Computed() const { return fOutcome == RelatedOutcome::kComputed; }
 };
 MarginalHomogeneityResult MarginalHomogeneity(std::span<const double> first,

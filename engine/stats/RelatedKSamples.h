@@ -9,7 +9,6 @@
 #include <span>
 #include <vector>
 
-#include "engine/stats/MultipleComparisons.h"
 #include "engine/stats/RelatedOutcome.h"
 
 using RelatedColumns = std::span<const std::span<const double>>;
@@ -30,10 +29,10 @@ struct FriedmanResult {
     RelatedOutcome fOutcome = RelatedOutcome::kComputed;
     std::size_t fTotalN = 0; // cases
     std::size_t fFields = 0; // k
-    double fStatistic = kNoValue;
-    double fDegreesOfFreedom = kNoValue;
-    double fAsymptoticSig = kNoValue;
-    double fKendallW = kNoValue;
+    double fStatistic = kRelatedNoValue;
+    double fDegreesOfFreedom = kRelatedNoValue;
+    double fAsymptoticSig = kRelatedNoValue;
+    double fKendallW = kRelatedNoValue;
     double fTieSum = 0;
     std::vector<double> fMeanRanks;                  // per field
     std::vector<std::vector<RankCount>> fRankCounts; // per field, ascending by rank
@@ -49,26 +48,38 @@ struct CochranResult {
     RelatedOutcome fOutcome = RelatedOutcome::kComputed;
     std::size_t fTotalN = 0;
     std::size_t fFields = 0;
-    double fStatistic = kNoValue;
-    double fDegreesOfFreedom = kNoValue;
-    double fAsymptoticSig = kNoValue;
-    std::vector<double> fSuccesses;       // per field
-    double fPairStandardError = kNoValue; // sqrt(2(kN - sum R_i^2) / (n^2 k(k-1)))
+    double fStatistic = kRelatedNoValue;
+    double fDegreesOfFreedom = kRelatedNoValue;
+    double fAsymptoticSig = kRelatedNoValue;
+    std::vector<double> fSuccesses;              // per field
+    double fPairStandardError = kRelatedNoValue; // sqrt(2(kN - sum R_i^2) / (n^2 k(k-1)))
     bool Computed() const { return fOutcome == RelatedOutcome::kComputed; }
 };
 CochranResult CochranQ(RelatedColumns columns, std::span<const double> success);
 
-// Pairwise comparisons of the fields (rows of the shared multiple-comparison
-// table; sample indices are positions in the columns). The first field of a
+// One row of a pairwise table (two fields, by position in the columns) or of
+// a stepwise table (first and last position of a subset in the ordered
+// fields).
+struct RelatedComparison {
+    std::size_t fFirst = 0;
+    std::size_t fSecond = 0;
+    double fStatistic = kRelatedNoValue;
+    double fStdError = kRelatedNoValue;
+    double fStdStatistic = kRelatedNoValue; // standardized statistic
+    double fSig = kRelatedNoValue;
+    double fAdjustedSig = kRelatedNoValue;
+};
+
+// Pairwise comparisons of the fields. The first field of a
 // pair is the one with the smaller mean rank (Friedman, Kendall) or the
 // fewer successes (Cochran); on a tie, the earlier field. The statistic is
 // first minus second (mean ranks, or proportions of successes), so it is
 // never positive; the significance is two-sided from the standard normal,
 // and the adjusted one is Bonferroni's over the k(k-1)/2 pairs.
 // Pairs of mean ranks with standard error sqrt(k(k+1)/(6n)) (Friedman and Kendall).
-std::vector<ComparisonRow> FriedmanPairwise(const FriedmanResult& result);
+std::vector<RelatedComparison> FriedmanPairwise(const FriedmanResult& result);
 // Pairs of success proportions with the pair standard error of the result.
-std::vector<ComparisonRow> CochranPairwise(const CochranResult& result);
+std::vector<RelatedComparison> CochranPairwise(const CochranResult& result);
 
 // Step-down homogeneous subsets: the fields ordered by their value (mean
 // rank or successes, ascending; ties keep field order), each run of
@@ -77,9 +88,9 @@ std::vector<ComparisonRow> CochranPairwise(const CochranResult& result);
 // neither has a standard error). Fields that agree in every case make a
 // subset with statistic 0 and significance 1.
 struct RelatedStepwise {
-    std::vector<std::size_t> fOrder;  // field positions, ascending by value
-    std::vector<double> fValues;      // the value of each field in fOrder
-    std::vector<ComparisonRow> fRows; // fFirst, fSecond: positions in fOrder
+    std::vector<std::size_t> fOrder;      // field positions, ascending by value
+    std::vector<double> fValues;          // the value of each field in fOrder
+    std::vector<RelatedComparison> fRows; // fFirst, fSecond: positions in fOrder
 };
 RelatedStepwise FriedmanStepwise(RelatedColumns columns, const FriedmanResult& result,
                                  double sigLevel);

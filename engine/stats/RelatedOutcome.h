@@ -1,7 +1,7 @@
 // Whether a related-samples statistic could be computed, and why not.
 #pragma once
 
-#include "engine/stats/MultipleComparisons.h"
+#include <limits>
 
 enum class RelatedOutcome {
     kComputed,
@@ -36,3 +36,7 @@ inline const char* RelatedOutcomeText(RelatedOutcome outcome) {
     }
     return "unknown";
 }
+
+// A number that was not computed or does not apply (a missing cell in the
+// document).
+inline constexpr double kRelatedNoValue = std::numeric_limits<double>::quiet_NaN();

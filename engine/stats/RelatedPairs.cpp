@@ -239,7 +239,7 @@ double WalshAverageOrderStatistic(std::span<const double> values, std::size_t k)
     const std::size_t n = x.size();
     const std::size_t total = n * (n + 1) / 2;
     if (n == 0 || k < 1 || k > total) {
-        return kNoValue;
+        return kRelatedNoValue;
     }
     // Row i holds the sums x[i] + x[j] for j = i..n-1, ascending in j. The
     // k-th smallest sum lies among the candidates lo[i] <= j < hi[i] of each
@@ -377,8 +377,8 @@ double HistogramBinWidth(std::span<const double> values) {
     return 10.0 * power;
 }
 
-std::vector<HistogramBin> DifferenceHistogram(std::span<const double> differences, double width) {
-    std::vector<HistogramBin> bins;
+std::vector<DifferenceBin> DifferenceHistogram(std::span<const double> differences, double width) {
+    std::vector<DifferenceBin> bins;
     if (differences.empty() || !(width > 0) || !std::isfinite(width)) {
         return bins;
     }

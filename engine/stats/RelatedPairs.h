@@ -34,12 +34,12 @@ struct SignTestResult {
     RelatedOutcome fOutcome = RelatedOutcome::kComputed;
     std::size_t fTotalN = 0; // complete cases
     DifferenceCounts fCounts;
-    double fStatistic = kNoValue;     // number of positive differences
-    double fStandardError = kNoValue; // sqrt(m) / 2 for m nonzero differences
-    double fStandardized = kNoValue;  // (positives - m/2 -+ 1/2) / standard error
-    double fAsymptoticSig = kNoValue; // two-sided, from the standardized statistic
-    double fExactSig = kNoValue;      // two-sided binomial
-    bool fExactReported = false;      // the exact significance is the one to report
+    double fStatistic = kRelatedNoValue;     // number of positive differences
+    double fStandardError = kRelatedNoValue; // sqrt(m) / 2 for m nonzero differences
+    double fStandardized = kRelatedNoValue;  // (positives - m/2 -+ 1/2) / standard error
+    double fAsymptoticSig = kRelatedNoValue; // two-sided, from the standardized statistic
+    double fExactSig = kRelatedNoValue;      // two-sided binomial
+    bool fExactReported = false;             // the exact significance is the one to report
     bool Computed() const { return fOutcome == RelatedOutcome::kComputed; }
 };
 SignTestResult SignTest(std::span<const double> first, std::span<const double> second);
@@ -56,12 +56,12 @@ struct WilcoxonResult {
     RelatedOutcome fOutcome = RelatedOutcome::kComputed;
     std::size_t fTotalN = 0; // complete cases
     DifferenceCounts fCounts;
-    double fStatistic = kNoValue;     // sum of the ranks of the positive differences
-    double fExpected = kNoValue;      // m(m+1)/4 for m nonzero differences
-    double fStandardError = kNoValue; // tie-corrected
-    double fStandardized = kNoValue;  // (statistic - expected) / standard error
-    double fAsymptoticSig = kNoValue; // two-sided
-    double fExactSig = kNoValue;      // two-sided, when fHasExact
+    double fStatistic = kRelatedNoValue;     // sum of the ranks of the positive differences
+    double fExpected = kRelatedNoValue;      // m(m+1)/4 for m nonzero differences
+    double fStandardError = kRelatedNoValue; // tie-corrected
+    double fStandardized = kRelatedNoValue;  // (statistic - expected) / standard error
+    double fAsymptoticSig = kRelatedNoValue; // two-sided
+    double fExactSig = kRelatedNoValue;      // two-sided, when fHasExact
     bool fHasExact = false;
     double fTieSum = 0; // sum of t^3 - t over tied groups of absolute differences
     bool Computed() const { return fOutcome == RelatedOutcome::kComputed; }
@@ -78,10 +78,10 @@ WilcoxonResult WilcoxonSignedRank(std::span<const double> first, std::span<const
 struct HodgesLehmannResult {
     RelatedOutcome fOutcome = RelatedOutcome::kComputed;
     std::size_t fTotalN = 0;
-    double fEstimate = kNoValue;
-    double fLower = kNoValue;
-    double fUpper = kNoValue;
-    double fLevel = kNoValue;
+    double fEstimate = kRelatedNoValue;
+    double fLower = kRelatedNoValue;
+    double fUpper = kRelatedNoValue;
+    double fLevel = kRelatedNoValue;
     std::size_t fRankOfBound = 0; // c above
     bool Computed() const { return fOutcome == RelatedOutcome::kComputed; }
 };
@@ -95,11 +95,11 @@ double WalshAverageOrderStatistic(std::span<const double> values, std::size_t k)
 // Histogram of the differences: bins of `width` aligned on multiples of it,
 // from the bin that holds the smallest difference to the one that holds the
 // largest. Each bin is (midpoint, count); a bin holds [start, start + width).
-struct HistogramBin {
+struct DifferenceBin {
     double fMidpoint = 0;
     double fCount = 0;
 };
-std::vector<HistogramBin> DifferenceHistogram(std::span<const double> differences, double width);
+std::vector<DifferenceBin> DifferenceHistogram(std::span<const double> differences, double width);
 // A bin width of 1, 2 or 5 times a power of ten that cuts the range of the
 // values into about as many bins as Sturges' rule asks for (1 when the range
 // is empty).

@@ -217,7 +217,7 @@ TEST(RelatedPairs, SignTestReportsExactUpToTwentyFiveDiscordantPairs) {
 
 TEST(RelatedPairs, HistogramOfDifferences) {
     const std::vector<double> d{-1.2, 0.0, 0.4, 2.5, 2.0};
-    const std::vector<HistogramBin> bins = DifferenceHistogram(d, 1.0);
+    const std::vector<DifferenceBin> bins = DifferenceHistogram(d, 1.0);
     ASSERT_EQ(bins.size(), 5u);
     const double mids[] = {-1.5, -0.5, 0.5, 1.5, 2.5};
     const double counts[] = {1, 0, 2, 0, 2};
