@@ -8,6 +8,7 @@
 #include <cmath>
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <numeric>
 
 #include <boost/math/distributions/chi_squared.hpp>
@@ -112,7 +113,12 @@ FriedmanResult Friedman(RelatedColumns columns) {
     const std::size_t k = result.fFields;
     // Rank sums and rank counts are kept in doubled ranks (integers 2..2k).
     std::vector<std::uint64_t> doubledRankSums(k, 0);
-    std::vector<std::uint64_t> counts(k * (2 * k + 1), 0);
+    // Rank counts: a dense table of k by 2k+1 for few fields, one sorted map
+    // per field for many (where the table would be too large).
+    constexpr std::size_t kDenseFields = 64;
+    const bool dense = k <= kDenseFields;
+    std::vector<std::uint64_t> counts(dense ? k * (2 * k + 1) : 0, 0);
+    std::vector<std::map<std::uint64_t, std::uint64_t>> sparse(dense ? 0 : k);
     std::vector<double> row(k);
     std::vector<std::size_t> order(k);
     std::uint64_t tieSum = 0;
@@ -121,15 +127,20 @@ FriedmanResult Friedman(RelatedColumns columns) {
             row[j] = columns[j][i];
             order[j] = j;
         }
-        // Insertion sort of the k fields by value: k is small.
-        for (std::size_t a = 1; a < k; ++a) {
-            const std::size_t moving = order[a];
-            std::size_t b = a;
-            while (b > 0 && row[moving] < row[order[b - 1]]) {
-                order[b] = order[b - 1];
-                --b;
+        // The fields by value: insertion sort for few fields, else a full sort.
+        if (dense) {
+            for (std::size_t a = 1; a < k; ++a) {
+                const std::size_t moving = order[a];
+                std::size_t b = a;
+                while (b > 0 && row[moving] < row[order[b - 1]]) {
+                    order[b] = order[b - 1];
+                    --b;
+                }
+                order[b] = moving;
             }
-            order[b] = moving;
+        } else {
+            std::sort(order.begin(), order.end(),
+                      [&](std::size_t x, std::size_t y) { return row[x] < row[y]; });
         }
         for (std::size_t first = 0; first < k;) {
             std::size_t last = first + 1;
@@ -139,7 +150,11 @@ FriedmanResult Friedman(RelatedColumns columns) {
             const std::uint64_t doubled = first + 1 + last;
             for (std::size_t p = first; p < last; ++p) {
                 doubledRankSums[order[p]] += doubled;
-                ++counts[order[p] * (2 * k + 1) + doubled];
+                if (dense) {
+                    ++counts[order[p] * (2 * k + 1) + doubled];
+                } else {
+                    ++sparse[order[p]][doubled];
+                }
             }
             const std::uint64_t t = last - first;
             tieSum += t * t * t - t;
@@ -158,6 +173,13 @@ FriedmanResult Friedman(RelatedColumns columns) {
                                                   static_cast<std::int64_t>(n * (k + 1)));
         squares += 0.25 * excess * excess;
         result.fMeanRanks[j] = 0.5 * static_cast<double>(doubledRankSums[j]) / nd;
+        if (!dense) {
+            for (const auto& [doubled, c] : sparse[j]) {
+                result.fRankCounts[j].push_back(
+                    {0.5 * static_cast<double>(doubled), static_cast<double>(c)});
+            }
+            continue;
+        }
         for (std::size_t doubled = 2; doubled <= 2 * k; ++doubled) {
             const std::uint64_t c = counts[j * (2 * k + 1) + doubled];
             if (c > 0) {

@@ -233,9 +233,10 @@ WilcoxonResult WilcoxonSignedRank(std::span<const double> first, std::span<const
     return result;
 }
 
-double WalshAverageOrderStatistic(std::span<const double> values, std::size_t k) {
-    std::vector<double> x(values.begin(), values.end());
-    std::sort(x.begin(), x.end());
+namespace {
+
+// The k-th smallest Walsh average of the ascending values `x`.
+double SortedWalshOrderStatistic(const std::vector<double>& x, std::size_t k) {
     const std::size_t n = x.size();
     const std::size_t total = n * (n + 1) / 2;
     if (n == 0 || k < 1 || k > total) {
@@ -318,6 +319,14 @@ double WalshAverageOrderStatistic(std::span<const double> values, std::size_t k)
     }
 }
 
+} // namespace
+
+double WalshAverageOrderStatistic(std::span<const double> values, std::size_t k) {
+    std::vector<double> x(values.begin(), values.end());
+    std::sort(x.begin(), x.end());
+    return SortedWalshOrderStatistic(x, k);
+}
+
 HodgesLehmannResult HodgesLehmannPaired(std::span<const double> first,
                                         std::span<const double> second, double level) {
     HodgesLehmannResult result;
@@ -335,14 +344,15 @@ HodgesLehmannResult HodgesLehmannPaired(std::span<const double> first,
         result.fOutcome = RelatedOutcome::kInvalidLevel;
         return result;
     }
-    const std::vector<double> d = PairedDifferences(first, second);
+    std::vector<double> d = PairedDifferences(first, second);
+    std::sort(d.begin(), d.end());
     const std::size_t n = d.size();
     const std::size_t total = n * (n + 1) / 2;
     if (total % 2 == 1) {
-        result.fEstimate = WalshAverageOrderStatistic(d, (total + 1) / 2);
+        result.fEstimate = SortedWalshOrderStatistic(d, (total + 1) / 2);
     } else {
-        result.fEstimate = 0.5 * (WalshAverageOrderStatistic(d, total / 2) +
-                                  WalshAverageOrderStatistic(d, total / 2 + 1));
+        result.fEstimate = 0.5 * (SortedWalshOrderStatistic(d, total / 2) +
+                                  SortedWalshOrderStatistic(d, total / 2 + 1));
     }
     const double nd = static_cast<double>(n);
     const boost::math::normal standard;
@@ -352,8 +362,8 @@ HodgesLehmannResult HodgesLehmannPaired(std::span<const double> first,
     std::size_t c = rounded < 1 ? 1 : static_cast<std::size_t>(rounded);
     c = std::min(c, (total + 1) / 2);
     result.fRankOfBound = c;
-    result.fLower = WalshAverageOrderStatistic(d, c);
-    result.fUpper = WalshAverageOrderStatistic(d, total - c + 1);
+    result.fLower = SortedWalshOrderStatistic(d, c);
+    result.fUpper = SortedWalshOrderStatistic(d, total - c + 1);
     return result;
 }
 

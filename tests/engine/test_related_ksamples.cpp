@@ -171,7 +171,11 @@ TEST(RelatedKSamples, FriedmanMatchesROnRandomData) {
         std::size_t k;
         int levels;
         double shift;
-    } cases[] = {{1, 10, 3, 4, 0.3}, {2, 50, 5, 3, 0.0}, {3, 400, 4, 1000, 0.4}, {4, 7, 8, 2, 0.5}};
+    } cases[] = {{1, 10, 3, 4, 0.3},
+                 {2, 50, 5, 3, 0.0},
+                 {3, 400, 4, 1000, 0.4},
+                 {4, 7, 8, 2, 0.5},
+                 {5, 30, 100, 6, 0.02}};
     for (const auto& c : cases) {
         const auto fields = RandomFields(c.seed, c.n, c.k, c.levels, c.shift);
         CheckFriedman(RunR("m <- " + RMatrix(fields) + kFriedmanScript),
