@@ -4,19 +4,49 @@
 
 #include <cmath>
 #include <cstddef>
+#include <cstdio>
+#include <map>
 #include <random>
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
 
+// The largest difference from R seen per kind of number ("what" after its
+// last '|'), printed after the tests: relative above magnitude 1 for
+// statistics, absolute for significances.
+inline std::map<std::string, double>& LargestDifferences() {
+    static std::map<std::string, double> largest;
+    return largest;
+}
+
+inline void RecordDifference(const std::string& what, double difference) {
+    const std::size_t bar = what.rfind('|');
+    double& largest = LargestDifferences()[bar == std::string::npos ? what : what.substr(bar + 1)];
+    largest = std::max(largest, difference);
+}
+
+class DifferenceReport final : public testing::Environment {
+public:
+    void TearDown() override {
+        for (const auto& [what, difference] : LargestDifferences()) {
+            std::printf("largest difference from R: %-40s %.3g\n", what.c_str(), difference);
+        }
+    }
+};
+inline const bool kDifferenceReport =
+    (testing::AddGlobalTestEnvironment(new DifferenceReport), true);
+
 // Statistics agree within 1e-9, relative above magnitude 1.
 inline void ExpectStatistic(double actual, double expected, const std::string& what) {
-    EXPECT_NEAR(actual, expected, 1e-9 * std::max(1.0, std::fabs(expected))) << what;
+    const double scale = std::max(1.0, std::fabs(expected));
+    EXPECT_NEAR(actual, expected, 1e-9 * scale) << what;
+    RecordDifference(what, std::fabs(actual - expected) / scale);
 }
 // Significances agree within 1e-6.
 inline void ExpectSig(double actual, double expected, const std::string& what) {
     EXPECT_NEAR(actual, expected, 1e-6) << what;
+    RecordDifference(what, std::fabs(actual - expected));
 }
 
 // `count` numbers from R's output starting at `at`, advancing `at`.

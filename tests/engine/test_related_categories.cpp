@@ -67,9 +67,9 @@ cat(length(a), a, b, m$statistic, m$p.value, binom.test(tab[1, 2], tab[1, 2] + t
         ASSERT_EQ(r.size() - at, 7u);
         const McNemarResult result = McNemar(a, b, c.success);
         ASSERT_TRUE(result.Computed()) << c.data;
-        ExpectStatistic(result.fStatistic, r[at], c.data);
-        ExpectSig(result.fAsymptoticSig, r[at + 1], c.data);
-        ExpectSig(result.fExactSig, r[at + 2], c.data);
+        ExpectStatistic(result.fStatistic, r[at], c.data + "|McNemar statistic");
+        ExpectSig(result.fAsymptoticSig, r[at + 1], c.data + "|McNemar asymptotic sig");
+        ExpectSig(result.fExactSig, r[at + 2], c.data + "|McNemar exact sig (binom.test)");
         EXPECT_EQ(result.fCounts[0][0], r[at + 3]);
         EXPECT_EQ(result.fCounts[0][1], r[at + 4]);
         EXPECT_EQ(result.fCounts[1][0], r[at + 5]);
@@ -143,8 +143,8 @@ cat(length(a), a, b, statistic(r), pvalue(r), "\n")
         ASSERT_LE(at + 2, r.size());
         const MarginalHomogeneityResult result = MarginalHomogeneity(a, b);
         ASSERT_TRUE(result.Computed()) << d;
-        ExpectStatistic(result.fStandardized, r[at], d);
-        ExpectSig(result.fAsymptoticSig, r[at + 1], d);
+        ExpectStatistic(result.fStandardized, r[at], d + "|marginal homogeneity Z (coin)");
+        ExpectSig(result.fAsymptoticSig, r[at + 1], d + "|marginal homogeneity sig (coin)");
         at += 2;
         // The statistic, its expectation and standard error by definition.
         double observed = 0;
@@ -157,9 +157,12 @@ cat(length(a), a, b, statistic(r), pvalue(r), "\n")
                 variance += (a[i] - b[i]) * (a[i] - b[i]) / 4;
             }
         }
-        ExpectStatistic(result.fStatistic, observed, d);
-        ExpectStatistic(result.fExpected, expected, d);
-        ExpectStatistic(result.fStandardError, std::sqrt(variance), d);
+        ExpectStatistic(result.fStatistic, observed,
+                        d + "|marginal homogeneity statistic (definition)");
+        ExpectStatistic(result.fExpected, expected,
+                        d + "|marginal homogeneity expected (definition)");
+        ExpectStatistic(result.fStandardError, std::sqrt(variance),
+                        d + "|marginal homogeneity se (definition)");
     }
     EXPECT_EQ(at, r.size());
 }

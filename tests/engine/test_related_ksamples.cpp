@@ -66,12 +66,12 @@ void CheckFriedman(const std::vector<double>& numbers, const std::string& name) 
     ASSERT_EQ(data.fRest.size(), 3 + k + k * (k - 1) / 2) << name;
     const FriedmanResult result = Friedman(Spans(data.fFields));
     ASSERT_TRUE(result.Computed()) << name;
-    ExpectStatistic(result.fStatistic, data.fRest[0], name + " statistic");
-    ExpectSig(result.fAsymptoticSig, data.fRest[1], name + " significance");
-    ExpectStatistic(result.fKendallW, data.fRest[2], name + " Kendall's W");
+    ExpectStatistic(result.fStatistic, data.fRest[0], name + "|Friedman statistic");
+    ExpectSig(result.fAsymptoticSig, data.fRest[1], name + "|Friedman sig");
+    ExpectStatistic(result.fKendallW, data.fRest[2], name + "|Kendall's W");
     EXPECT_EQ(result.fDegreesOfFreedom, static_cast<double>(k - 1));
     for (std::size_t j = 0; j < k; ++j) {
-        ExpectStatistic(result.fMeanRanks[j], data.fRest[3 + j], name + " mean rank");
+        ExpectStatistic(result.fMeanRanks[j], data.fRest[3 + j], name + "|Friedman mean rank");
         double cases = 0;
         for (const RankCount& c : result.fRankCounts[j]) {
             cases += c.fCount;
@@ -81,10 +81,10 @@ void CheckFriedman(const std::vector<double>& numbers, const std::string& name) 
     const std::vector<RelatedComparison> pairs = FriedmanPairwise(result);
     ASSERT_EQ(pairs.size(), k * (k - 1) / 2);
     for (std::size_t p = 0; p < pairs.size(); ++p) {
-        ExpectSig(pairs[p].fSig, data.fRest[3 + k + p], name + " pairwise");
+        ExpectSig(pairs[p].fSig, data.fRest[3 + k + p], name + "|Friedman pairwise sig");
         ExpectSig(pairs[p].fAdjustedSig,
                   std::min(1.0, data.fRest[3 + k + p] * static_cast<double>(pairs.size())),
-                  name + " adjusted");
+                  name + "|Friedman pairwise adjusted sig");
         EXPECT_LE(pairs[p].fStatistic, 0.0);
         EXPECT_LE(result.fMeanRanks[pairs[p].fFirst], result.fMeanRanks[pairs[p].fSecond]);
     }
@@ -109,16 +109,16 @@ void CheckCochran(const std::vector<double>& numbers, const std::vector<double>&
     ASSERT_EQ(data.fRest.size(), 3 + k + k * (k - 1) / 2) << name;
     const CochranResult result = CochranQ(Spans(data.fFields), success);
     ASSERT_TRUE(result.Computed()) << name;
-    ExpectStatistic(result.fStatistic, data.fRest[0], name + " Q");
-    ExpectSig(result.fAsymptoticSig, data.fRest[1], name + " significance");
+    ExpectStatistic(result.fStatistic, data.fRest[0], name + "|Cochran Q");
+    ExpectSig(result.fAsymptoticSig, data.fRest[1], name + "|Cochran sig");
     for (std::size_t j = 0; j < k; ++j) {
         EXPECT_EQ(result.fSuccesses[j], data.fRest[2 + j]) << name;
     }
-    ExpectStatistic(result.fPairStandardError, data.fRest[2 + k], name + " pair se");
+    ExpectStatistic(result.fPairStandardError, data.fRest[2 + k], name + "|Cochran pair se");
     const std::vector<RelatedComparison> pairs = CochranPairwise(result);
     ASSERT_EQ(pairs.size(), k * (k - 1) / 2);
     for (std::size_t p = 0; p < pairs.size(); ++p) {
-        ExpectSig(pairs[p].fSig, data.fRest[3 + k + p], name + " pairwise");
+        ExpectSig(pairs[p].fSig, data.fRest[3 + k + p], name + "|Cochran pairwise sig");
     }
 }
 
@@ -236,9 +236,10 @@ TEST(RelatedKSamples, StepwiseSubsetsTestRunsOfOrderedFields) {
         const std::vector<double> r =
             RunR("f <- friedman.test(" + RMatrix(members) + "); cat(f$statistic, f$p.value)");
         ASSERT_EQ(r.size(), 2u);
-        ExpectStatistic(s.fStatistic, r[0], "subset statistic");
-        ExpectSig(s.fSig, r[1], "subset significance");
-        ExpectSig(s.fAdjustedSig, 1 - std::pow(1 - r[1], 4.0 / 2.0), "adjusted");
+        ExpectStatistic(s.fStatistic, r[0], "|Friedman stepwise subset statistic");
+        ExpectSig(s.fSig, r[1], "|Friedman stepwise subset sig");
+        ExpectSig(s.fAdjustedSig, 1 - std::pow(1 - r[1], 4.0 / 2.0),
+                  "|Friedman stepwise adjusted sig");
         EXPECT_GE(s.fAdjustedSig, 0.05);
         EXPECT_TRUE(std::isnan(s.fStdError));
     }

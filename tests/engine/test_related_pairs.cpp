@@ -34,23 +34,23 @@ void CheckAgainstR(const std::vector<double>& x, const std::vector<double>& y,
     ASSERT_EQ(r.size(), 9u) << name;
     const SignTestResult sign = SignTest(x, y);
     ASSERT_TRUE(sign.Computed()) << name;
-    ExpectSig(sign.fExactSig, r[0], name + " sign exact");
-    ExpectSig(sign.fAsymptoticSig, r[1], name + " sign asymptotic");
+    ExpectSig(sign.fExactSig, r[0], name + "|sign exact");
+    ExpectSig(sign.fAsymptoticSig, r[1], name + "|sign asymptotic");
     const WilcoxonResult wilcoxon = WilcoxonSignedRank(x, y);
     ASSERT_TRUE(wilcoxon.Computed()) << name;
-    ExpectStatistic(wilcoxon.fStatistic, r[2], name + " signed-rank statistic");
-    ExpectSig(wilcoxon.fAsymptoticSig, r[3], name + " signed-rank asymptotic");
+    ExpectStatistic(wilcoxon.fStatistic, r[2], name + "|signed-rank statistic");
+    ExpectSig(wilcoxon.fAsymptoticSig, r[3], name + "|signed-rank asymptotic");
     if (r[4] >= 0) {
         ASSERT_TRUE(wilcoxon.fHasExact) << name;
-        ExpectSig(wilcoxon.fExactSig, r[4], name + " signed-rank exact");
+        ExpectSig(wilcoxon.fExactSig, r[4], name + "|signed-rank exact");
     } else {
         EXPECT_FALSE(wilcoxon.fHasExact) << name;
     }
     const HodgesLehmannResult hl = HodgesLehmannPaired(x, y, 0.95);
     ASSERT_TRUE(hl.Computed()) << name;
-    ExpectStatistic(hl.fEstimate, r[5], name + " Hodges-Lehmann estimate");
-    ExpectStatistic(hl.fLower, r[6], name + " lower bound");
-    ExpectStatistic(hl.fUpper, r[7], name + " upper bound");
+    ExpectStatistic(hl.fEstimate, r[5], name + "|Hodges-Lehmann estimate (Walsh averages)");
+    ExpectStatistic(hl.fLower, r[6], name + "|Hodges-Lehmann lower bound");
+    ExpectStatistic(hl.fUpper, r[7], name + "|Hodges-Lehmann upper bound");
 }
 
 std::vector<double> RunPairScript(const std::vector<double>& x, const std::vector<double>& y) {
@@ -112,7 +112,8 @@ TEST(RelatedPairs, HodgesLehmannEstimateMatchesWilcoxTestWithoutTies) {
         RunR("x <- " + RVector(x) + "\ny <- " + RVector(y) +
              "\ncat(wilcox.test(y, x, paired = TRUE, conf.int = TRUE, exact = TRUE)$estimate)");
     ASSERT_EQ(r.size(), 1u);
-    ExpectStatistic(HodgesLehmannPaired(x, y, 0.9).fEstimate, r[0], "estimate");
+    ExpectStatistic(HodgesLehmannPaired(x, y, 0.9).fEstimate, r[0],
+                    "|Hodges-Lehmann estimate (wilcox.test)");
 }
 
 TEST(RelatedPairs, WalshSelectionAgreesWithSortingAllAverages) {
