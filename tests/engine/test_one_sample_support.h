@@ -24,6 +24,29 @@ inline std::vector<double> RData(const std::string& expression) {
     return RunR("cat(" + expression + ")");
 }
 
+// The numbers of several R expressions with one run of R.
+inline std::vector<std::vector<double>> RDataSets(const std::vector<std::string>& expressions) {
+    std::string script;
+    for (const std::string& e : expressions) {
+        script += "x <- " + e + "\ncat(length(x), x, '\\n')\n";
+    }
+    const std::vector<double> numbers = RunR(script);
+    std::vector<std::vector<double>> sets;
+    std::size_t at = 0;
+    while (at < numbers.size() && sets.size() < expressions.size()) {
+        const std::size_t n = static_cast<std::size_t>(numbers[at]);
+        if (at + 1 + n > numbers.size()) {
+            break;
+        }
+        sets.emplace_back(numbers.begin() + static_cast<std::ptrdiff_t>(at + 1),
+                          numbers.begin() + static_cast<std::ptrdiff_t>(at + 1 + n));
+        at += 1 + n;
+    }
+    EXPECT_EQ(sets.size(), expressions.size());
+    sets.resize(expressions.size());
+    return sets;
+}
+
 // `n` values rounded to `step`, normal around `mean` with deviation `sd`: with a coarse step
 // the data have ties, as real data do.
 inline std::vector<double> NormalData(Random& random, std::size_t n, double mean, double sd,
