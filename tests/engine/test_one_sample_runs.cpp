@@ -62,7 +62,8 @@ runs <- function(x, cut) {
   z <- d / sqrt(v)
   pr <- function(k) {
     if (k %% 2 == 0) { m <- k / 2; 2 * choose(n1 - 1, m - 1) * choose(n2 - 1, m - 1) }
-    else { m <- (k - 1) / 2; choose(n1 - 1, m - 1) * choose(n2 - 1, m) + choose(n1 - 1, m) * choose(n2 - 1, m - 1) }
+    else { m <- (k - 1) / 2
+           choose(n1 - 1, m - 1) * choose(n2 - 1, m) + choose(n1 - 1, m) * choose(n2 - 1, m - 1) }
   }
   k <- 2:(2 * min(n1, n2) + 1); p <- sapply(k, pr) / choose(n, n1)
   cat(cut, n1, n2, r, mu, sqrt(v), z, 2 * pnorm(-abs(z)), sum(p[k <= r]), sum(p[k >= r]), '\n')
