@@ -128,8 +128,8 @@ bool IsWholeNumber(double v) {
 
 } // namespace
 
-Histogram MakeHistogram(std::span<const double> values, double width, double origin) {
-    Histogram histogram;
+ValueHistogram MakeHistogram(std::span<const double> values, double width, double origin) {
+    ValueHistogram histogram;
     if (!(width > 0) || !std::isfinite(width) || !std::isfinite(origin)) {
         return MakeHistogram(values);
     }
@@ -160,7 +160,7 @@ Histogram MakeHistogram(std::span<const double> values, double width, double ori
     return histogram;
 }
 
-Histogram MakeHistogram(std::span<const double> values) {
+ValueHistogram MakeHistogram(std::span<const double> values) {
     if (values.empty()) {
         return {};
     }

@@ -47,23 +47,23 @@ Descriptives Describe(std::span<const double> values);
 // The median of `values` (NaN when empty).
 double Median(std::span<const double> values);
 
-struct HistogramBin {
+struct ValueBin {
     double fMidpoint = 0;
     std::size_t fCount = 0;
 };
 
 // Bins [fOrigin + i * fWidth, fOrigin + (i + 1) * fWidth), from the bin that holds the
 // smallest value to the one that holds the largest. The counts add up to N.
-struct Histogram {
+struct ValueHistogram {
     double fOrigin = 0;
     double fWidth = 1;
-    std::vector<HistogramBin> fBins;
+    std::vector<ValueBin> fBins;
 };
 
 // Bins of the given width (> 0) aligned on `origin`. No values gives no bins.
-Histogram MakeHistogram(std::span<const double> values, double width, double origin);
+ValueHistogram MakeHistogram(std::span<const double> values, double width, double origin);
 
 // Bins of a width chosen for the data: whole numbers with a range of at most 40 get one bin
 // per number, centred on it; other data get about 1 + log2(N) bins (between 5 and 40) of a
 // width of 1, 2, 2.5 or 5 times a power of ten, aligned on a multiple of the width.
-Histogram MakeHistogram(std::span<const double> values);
+ValueHistogram MakeHistogram(std::span<const double> values);

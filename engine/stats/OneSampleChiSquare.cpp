@@ -18,10 +18,10 @@ std::vector<double> DistinctSorted(std::span<const double> values) {
 
 } // namespace
 
-ChiSquareResult ChiSquareGoodnessOfFit(std::span<const double> values,
-                                       std::span<const double> categories,
-                                       std::span<const double> expectedFrequencies) {
-    ChiSquareResult result;
+OneSampleChiSquareResult ChiSquareGoodnessOfFit(std::span<const double> values,
+                                                std::span<const double> categories,
+                                                std::span<const double> expectedFrequencies) {
+    OneSampleChiSquareResult result;
     result.fCategories = categories.empty()
                              ? DistinctSorted(values)
                              : std::vector<double>(categories.begin(), categories.end());

@@ -8,7 +8,7 @@
 
 #include "engine/stats/OneSample.h"
 
-struct ChiSquareResult {
+struct OneSampleChiSquareResult {
     OneSampleReason fReason = OneSampleReason::kComputed;
     std::vector<double> fCategories;    // the categories tested, in the order given
     std::vector<double> fObserved;      // count of cases per category
@@ -31,6 +31,6 @@ struct ChiSquareResult {
 // scale: they are divided by their sum). Outcomes: kNoCases (no case in the categories),
 // kOneCategory (fewer than two categories), kBadParameter (a frequency not positive or
 // finite, a count that differs from the categories', a category given twice).
-ChiSquareResult ChiSquareGoodnessOfFit(std::span<const double> values,
-                                       std::span<const double> categories = {},
-                                       std::span<const double> expectedFrequencies = {});
+OneSampleChiSquareResult ChiSquareGoodnessOfFit(std::span<const double> values,
+                                                std::span<const double> categories = {},
+                                                std::span<const double> expectedFrequencies = {});

@@ -141,10 +141,10 @@ KsParameters EstimateKsParameters(std::span<const double> values, KsDistribution
     return p;
 }
 
-KolmogorovSmirnovResult KolmogorovSmirnov(std::span<const double> values,
-                                          KsDistribution distribution,
-                                          std::optional<KsParameters> given) {
-    KolmogorovSmirnovResult result;
+OneSampleKsResult OneSampleKolmogorovSmirnov(std::span<const double> values,
+                                             KsDistribution distribution,
+                                             std::optional<KsParameters> given) {
+    OneSampleKsResult result;
     result.fDistribution = distribution;
     result.fFromSample = !given.has_value();
     result.fTotalN = values.size();
@@ -291,7 +291,7 @@ double LillieforsNormalSig(double d, std::size_t n) {
     return sig;
 }
 
-MonteCarloSig LillieforsMonteCarlo(const KolmogorovSmirnovResult& observed, std::size_t samples,
+MonteCarloSig LillieforsMonteCarlo(const OneSampleKsResult& observed, std::size_t samples,
                                    double level, std::uint64_t seed,
                                    const MonteCarloProgress& progress) {
     MonteCarloSig result;

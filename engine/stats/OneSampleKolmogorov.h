@@ -29,7 +29,7 @@ KsParameters EstimateKsParameters(std::span<const double> values, KsDistribution
 // Cases a normal test with estimated parameters needs for its Lilliefors significance.
 inline constexpr std::size_t kLillieforsMinCases = 5;
 
-struct KolmogorovSmirnovResult {
+struct OneSampleKsResult {
     OneSampleReason fReason = OneSampleReason::kComputed;
     KsDistribution fDistribution = KsDistribution::kNormal;
     bool fFromSample = false; // parameters estimated from the sample
@@ -61,9 +61,9 @@ struct KolmogorovSmirnovResult {
 // uniform from a sample of equal values); kBadParameter (standard deviation or mean not
 // positive, maximum not above minimum, a parameter not finite); kOutsideSupport (Poisson:
 // a value that is not a whole number 0 or more; exponential: a negative value).
-KolmogorovSmirnovResult KolmogorovSmirnov(std::span<const double> values,
-                                          KsDistribution distribution,
-                                          std::optional<KsParameters> given = std::nullopt);
+OneSampleKsResult OneSampleKolmogorovSmirnov(std::span<const double> values,
+                                             KsDistribution distribution,
+                                             std::optional<KsParameters> given = std::nullopt);
 
 // P(K > z) for Kolmogorov's limiting distribution K of sqrt(N) sup |Fn - F|.
 double KolmogorovLimitSf(double z);
@@ -99,6 +99,6 @@ using MonteCarloProgress = std::function<void(std::size_t done, std::size_t tota
 // member of the family. `level` is a fraction (0.99). Outcomes: the observed test's reason
 // when it was not computed; kBadParameter (Poisson, given parameters, no samples, level
 // outside (0, 1)); kTooFewCases (fewer than 3 cases).
-MonteCarloSig LillieforsMonteCarlo(const KolmogorovSmirnovResult& observed, std::size_t samples,
+MonteCarloSig LillieforsMonteCarlo(const OneSampleKsResult& observed, std::size_t samples,
                                    double level, std::uint64_t seed,
                                    const MonteCarloProgress& progress = {});

@@ -107,8 +107,8 @@ double RunsAtLeast(const RunsTerms& t, long long r) {
 
 } // namespace
 
-RunsResult RunsTest(std::span<const std::uint8_t> classes) {
-    RunsResult result;
+OneSampleRunsResult RunsTest(std::span<const std::uint8_t> classes) {
+    OneSampleRunsResult result;
     result.fTotalN = classes.size();
     std::size_t runs = 0;
     for (std::size_t i = 0; i < classes.size(); ++i) {
@@ -158,7 +158,7 @@ RunsResult RunsTest(std::span<const std::uint8_t> classes) {
     return result;
 }
 
-RunsResult RunsTestByCutPoint(std::span<const double> values, double cut) {
+OneSampleRunsResult RunsTestByCutPoint(std::span<const double> values, double cut) {
     std::vector<std::uint8_t> classes(values.size());
     for (std::size_t i = 0; i < values.size(); ++i) {
         classes[i] = values[i] < cut ? 0 : 1;
@@ -166,14 +166,15 @@ RunsResult RunsTestByCutPoint(std::span<const double> values, double cut) {
     return RunsTest(classes);
 }
 
-RunsResult RunsTestByCategories(std::span<const double> values, std::span<const double> first,
-                                std::span<const double> second) {
+OneSampleRunsResult RunsTestByCategories(std::span<const double> values,
+                                         std::span<const double> first,
+                                         std::span<const double> second) {
     const auto contains = [](std::span<const double> list, double v) {
         return std::find(list.begin(), list.end(), v) != list.end();
     };
     for (double v : first) {
         if (contains(second, v)) {
-            RunsResult result;
+            OneSampleRunsResult result;
             result.fReason = OneSampleReason::kBadParameter;
             return result;
         }
@@ -189,7 +190,7 @@ RunsResult RunsTestByCategories(std::span<const double> values, std::span<const 
             outside.push_back(v);
         }
     }
-    RunsResult result = RunsTest(classes);
+    OneSampleRunsResult result = RunsTest(classes);
     result.fExcluded = outside.size();
     std::sort(outside.begin(), outside.end());
     outside.erase(std::unique(outside.begin(), outside.end()), outside.end());

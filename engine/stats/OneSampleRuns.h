@@ -19,7 +19,7 @@ enum class RunsCut { kMedian, kMean, kValue };
 // The cut point of `values` for a cut kind (`value` is returned for kValue).
 double RunsCutPoint(std::span<const double> values, RunsCut cut, double value = 0);
 
-struct RunsResult {
+struct OneSampleRunsResult {
     OneSampleReason fReason = OneSampleReason::kComputed;
     std::size_t fTotalN = 0;            // cases in the sequence
     std::size_t fFirstCount = 0;        // cases of the first class (below the cut point)
@@ -44,10 +44,11 @@ struct RunsResult {
 // Runs of a sequence of classes (0 = first class, anything else = second), in case order.
 // Outcomes: kTooFewCases (fewer than two cases, or one case of each class: the number of runs
 // cannot vary), kOneCategory (every case in one class).
-RunsResult RunsTest(std::span<const std::uint8_t> classes);
+OneSampleRunsResult RunsTest(std::span<const std::uint8_t> classes);
 // Cases below `cut` form the first class, cases at or above it the second.
-RunsResult RunsTestByCutPoint(std::span<const double> values, double cut);
+OneSampleRunsResult RunsTestByCutPoint(std::span<const double> values, double cut);
 // Cases with a value in `first` form the first class, in `second` the second; other cases are
 // left out (and counted in fExcluded). Lists must not share a value (else kBadParameter).
-RunsResult RunsTestByCategories(std::span<const double> values, std::span<const double> first,
-                                std::span<const double> second);
+OneSampleRunsResult RunsTestByCategories(std::span<const double> values,
+                                         std::span<const double> first,
+                                         std::span<const double> second);

@@ -50,8 +50,9 @@ double ExactSignedRankSig(const std::vector<double>& ranks, double statistic) {
 
 } // namespace
 
-WilcoxonResult WilcoxonSignedRank(std::span<const double> values, double hypothesizedMedian) {
-    WilcoxonResult result;
+OneSampleWilcoxonResult OneSampleWilcoxon(std::span<const double> values,
+                                          double hypothesizedMedian) {
+    OneSampleWilcoxonResult result;
     result.fTotalN = values.size();
     result.fHypothesizedMedian = hypothesizedMedian;
     if (values.empty()) {

@@ -9,7 +9,7 @@
 // Samples with up to this many non-zero differences get the exact significance.
 inline constexpr std::size_t kWilcoxonExactMaxCases = 50;
 
-struct WilcoxonResult {
+struct OneSampleWilcoxonResult {
     OneSampleReason fReason = OneSampleReason::kComputed;
     std::size_t fTotalN = 0;   // every case, zero differences included
     std::size_t fNegative = 0; // values below the hypothesized median
@@ -37,4 +37,5 @@ struct WilcoxonResult {
 
 // Outcomes: kNoCases (no values), kAllDifferencesZero (every value equals the median; the
 // counts and medians are still filled).
-WilcoxonResult WilcoxonSignedRank(std::span<const double> values, double hypothesizedMedian);
+OneSampleWilcoxonResult OneSampleWilcoxon(std::span<const double> values,
+                                          double hypothesizedMedian);

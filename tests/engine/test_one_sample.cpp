@@ -45,9 +45,9 @@ TEST(OneSampleDescriptives, MatchROnRDatasets) {
 
 namespace {
 
-std::size_t TotalCount(const Histogram& h) {
+std::size_t TotalCount(const ValueHistogram& h) {
     std::size_t total = 0;
-    for (const HistogramBin& bin : h.fBins) {
+    for (const ValueBin& bin : h.fBins) {
         total += bin.fCount;
     }
     return total;
@@ -57,7 +57,7 @@ std::size_t TotalCount(const Histogram& h) {
 
 TEST(OneSampleHistogram, BinsOfAGivenWidth) {
     const std::vector<double> values{0.2, 9.99, 10, 10, 25, 31};
-    const Histogram h = MakeHistogram(values, 10, 0);
+    const ValueHistogram h = MakeHistogram(values, 10, 0);
     ASSERT_EQ(h.fBins.size(), 4u);
     EXPECT_EQ(h.fOrigin, 0.0);
     EXPECT_EQ(h.fBins[0].fMidpoint, 5.0);
@@ -66,13 +66,13 @@ TEST(OneSampleHistogram, BinsOfAGivenWidth) {
     EXPECT_EQ(h.fBins[2].fCount, 1u);
     EXPECT_EQ(h.fBins[3].fCount, 1u);
     // Aligned on the origin, starting at the bin of the smallest value.
-    const Histogram shifted = MakeHistogram(values, 10, 5);
+    const ValueHistogram shifted = MakeHistogram(values, 10, 5);
     EXPECT_EQ(shifted.fOrigin, -5.0);
     EXPECT_EQ(TotalCount(shifted), values.size());
     EXPECT_TRUE(MakeHistogram({}, 1, 0).fBins.empty());
     // A width too fine for the range is made coarser rather than allocating billions of bins.
     const std::vector<double> wide{0, 1e12};
-    const Histogram coarse = MakeHistogram(wide, 1e-3, 0);
+    const ValueHistogram coarse = MakeHistogram(wide, 1e-3, 0);
     EXPECT_LE(coarse.fBins.size(), 100001u);
     EXPECT_EQ(TotalCount(coarse), 2u);
 }
@@ -80,7 +80,7 @@ TEST(OneSampleHistogram, BinsOfAGivenWidth) {
 TEST(OneSampleHistogram, ChosenWidths) {
     // Whole numbers with a small range: a bin per number, centred on it.
     const std::vector<double> counts{0, 3, 3, 1, 7};
-    const Histogram byNumber = MakeHistogram(counts);
+    const ValueHistogram byNumber = MakeHistogram(counts);
     EXPECT_EQ(byNumber.fWidth, 1.0);
     ASSERT_EQ(byNumber.fBins.size(), 8u);
     EXPECT_EQ(byNumber.fBins[3].fMidpoint, 3.0);
@@ -88,11 +88,11 @@ TEST(OneSampleHistogram, ChosenWidths) {
     // 272 waiting times from 43 to 96: 10 bins of a round width.
     Random random(1);
     const std::vector<double> waiting = NormalData(random, 272, 70, 13, 1);
-    const Histogram round = MakeHistogram(waiting);
+    const ValueHistogram round = MakeHistogram(waiting);
     EXPECT_TRUE(round.fWidth == 5 || round.fWidth == 10) << round.fWidth;
     EXPECT_EQ(TotalCount(round), waiting.size());
     const std::vector<double> fine = NormalData(random, 1000, 0.003, 0.001, 1e-9);
-    const Histogram small = MakeHistogram(fine);
+    const ValueHistogram small = MakeHistogram(fine);
     EXPECT_EQ(TotalCount(small), fine.size());
     EXPECT_GE(small.fBins.size(), 5u);
     EXPECT_LE(small.fBins.size(), 42u);

@@ -21,7 +21,7 @@ std::vector<double> RChiSquare(const std::vector<double>& values,
 
 void ExpectMatchesR(const std::vector<double>& values, const std::vector<double>& categories,
                     const std::vector<double>& weights) {
-    const ChiSquareResult result = ChiSquareGoodnessOfFit(values, categories, weights);
+    const OneSampleChiSquareResult result = ChiSquareGoodnessOfFit(values, categories, weights);
     ASSERT_TRUE(result.Computed()) << OneSampleReasonText(result.fReason);
     const std::vector<double> r = RChiSquare(values, categories, weights);
     ASSERT_EQ(r.size(), 3 + categories.size());
@@ -39,11 +39,11 @@ TEST(OneSampleChiSquare, EqualFrequenciesOnRDatasets) {
     REQUIRE_R();
     // Insect counts per sprayed plot; the categories are the distinct counts.
     const std::vector<double> counts = RData("InsectSprays$count");
-    const ChiSquareResult insects = ChiSquareGoodnessOfFit(counts);
+    const OneSampleChiSquareResult insects = ChiSquareGoodnessOfFit(counts);
     ExpectMatchesR(counts, insects.fCategories, {});
     // Spray letters as codes 1 to 6: balanced, so the statistic is 0.
     const std::vector<double> sprays = RData("as.integer(InsectSprays$spray)");
-    const ChiSquareResult balanced = ChiSquareGoodnessOfFit(sprays);
+    const OneSampleChiSquareResult balanced = ChiSquareGoodnessOfFit(sprays);
     EXPECT_EQ(balanced.fStatistic, 0.0);
     EXPECT_EQ(balanced.fAsymptoticSig, 1.0);
     // Annual rainfall of 70 US cities in classes of 10 inches.
@@ -58,7 +58,7 @@ TEST(OneSampleChiSquare, CustomFrequenciesAndCategoriesOnRDatasets) {
     // Only classes 2 to 4 tested: the others are outside the categories.
     const std::vector<double> categories{4, 2, 3};
     const std::vector<double> weights{1, 2, 2};
-    const ChiSquareResult result = ChiSquareGoodnessOfFit(breaks, categories, weights);
+    const OneSampleChiSquareResult result = ChiSquareGoodnessOfFit(breaks, categories, weights);
     ExpectMatchesR(breaks, categories, weights);
     EXPECT_EQ(result.fTotalN + result.fOutsideCount, breaks.size());
     EXPECT_EQ(result.fValuesOutside, (std::vector<double>{1, 5, 6, 7}));
@@ -78,7 +78,7 @@ TEST(OneSampleChiSquare, RandomDataWithEmptyCategoriesAndSmallExpectations) {
     // Category 9 never occurs: observed 0, and its expected count still counts.
     const std::vector<double> categories{0, 1, 2, 3, 4, 5, 9};
     ExpectMatchesR(values, categories, {});
-    const ChiSquareResult result = ChiSquareGoodnessOfFit(values, categories);
+    const OneSampleChiSquareResult result = ChiSquareGoodnessOfFit(values, categories);
     EXPECT_EQ(result.fObserved.back(), 0.0);
     EXPECT_EQ(result.fExpectedBelowFive, 7u); // 30 / 7 expected in each
     EXPECT_DOUBLE_EQ(result.fMinimumExpected, 30.0 / 7);

@@ -75,8 +75,8 @@ TEST(OneSampleKolmogorov, GivenParametersMatchKsTest) {
     ASSERT_EQ(r.size(), 4 * cases.size());
     for (std::size_t i = 0; i < cases.size(); ++i) {
         SCOPED_TRACE(cases[i].fData + " against " + cases[i].fRArguments);
-        const KolmogorovSmirnovResult result =
-            KolmogorovSmirnov(data[i], cases[i].fDistribution, cases[i].fParameters);
+        const OneSampleKsResult result =
+            OneSampleKolmogorovSmirnov(data[i], cases[i].fDistribution, cases[i].fParameters);
         ASSERT_TRUE(result.Computed()) << OneSampleReasonText(result.fReason);
         EXPECT_FALSE(result.fFromSample);
         EXPECT_STAT(result.fAbsolute, r[4 * i]);
@@ -115,7 +115,8 @@ TEST(OneSampleKolmogorov, SampleParametersMatchKsTestAndLillieTest) {
     for (std::size_t i = 0; i < expressions.size(); ++i) {
         SCOPED_TRACE(expressions[i].substr(0, 40));
         const double* row = &r[7 * i];
-        const KolmogorovSmirnovResult normal = KolmogorovSmirnov(data[i], KsDistribution::kNormal);
+        const OneSampleKsResult normal =
+            OneSampleKolmogorovSmirnov(data[i], KsDistribution::kNormal);
         ASSERT_TRUE(normal.Computed()) << OneSampleReasonText(normal.fReason);
         EXPECT_TRUE(normal.fFromSample);
         EXPECT_STAT(normal.fParameters.fFirst, row[5]);
@@ -124,11 +125,11 @@ TEST(OneSampleKolmogorov, SampleParametersMatchKsTestAndLillieTest) {
         EXPECT_SIG(normal.fAsymptoticSig2Tailed, row[1]);
         EXPECT_SIG(normal.fLillieforsSig, row[2]);
         EXPECT_EQ(normal.fLillieforsIsLowerBound, row[2] > 0.2);
-        const KolmogorovSmirnovResult uniform =
-            KolmogorovSmirnov(data[i], KsDistribution::kUniform);
+        const OneSampleKsResult uniform =
+            OneSampleKolmogorovSmirnov(data[i], KsDistribution::kUniform);
         EXPECT_STAT(uniform.fAbsolute, row[3]);
-        const KolmogorovSmirnovResult exponential =
-            KolmogorovSmirnov(data[i], KsDistribution::kExponential);
+        const OneSampleKsResult exponential =
+            OneSampleKolmogorovSmirnov(data[i], KsDistribution::kExponential);
         if (std::isnan(row[4])) {
             EXPECT_EQ(exponential.fReason, OneSampleReason::kOutsideSupport);
         } else {
@@ -161,9 +162,10 @@ TEST(OneSampleKolmogorov, PoissonMatchesTheDefinitionInR) {
     for (std::size_t i = 0; i <= expressions.size(); ++i) {
         const bool given = i == expressions.size();
         SCOPED_TRACE(given ? "discoveries against 2.5" : expressions[i]);
-        const KolmogorovSmirnovResult result =
-            given ? KolmogorovSmirnov(data[0], KsDistribution::kPoisson, KsParameters{2.5, 0})
-                  : KolmogorovSmirnov(data[i], KsDistribution::kPoisson);
+        const OneSampleKsResult result =
+            given ? OneSampleKolmogorovSmirnov(data[0], KsDistribution::kPoisson,
+                                               KsParameters{2.5, 0})
+                  : OneSampleKolmogorovSmirnov(data[i], KsDistribution::kPoisson);
         ASSERT_TRUE(result.Computed()) << OneSampleReasonText(result.fReason);
         EXPECT_STAT(result.fPositive, r[4 * i]);
         EXPECT_STAT(result.fNegative, -r[4 * i + 1]);
@@ -235,14 +237,14 @@ TEST(OneSampleKolmogorov, StatisticMatchesItsDefinitionOnSmallSamples) {
                 v = std::floor(3 * std::fabs(v));
             }
             const KsParameters pn{1.1, 0.8}, pu{-0.5, 2.5}, pe{0.9, 0}, pp{2.2, 0};
-            EXPECT_NEAR(KolmogorovSmirnov(x, KsDistribution::kNormal, pn).fAbsolute,
+            EXPECT_NEAR(OneSampleKolmogorovSmirnov(x, KsDistribution::kNormal, pn).fAbsolute,
                         BruteForceD(x, KsDistribution::kNormal, pn, normal), 1e-12);
-            EXPECT_NEAR(KolmogorovSmirnov(x, KsDistribution::kUniform, pu).fAbsolute,
+            EXPECT_NEAR(OneSampleKolmogorovSmirnov(x, KsDistribution::kUniform, pu).fAbsolute,
                         BruteForceD(x, KsDistribution::kUniform, pu, uniform), 1e-12);
-            EXPECT_NEAR(KolmogorovSmirnov(positive, KsDistribution::kExponential, pe).fAbsolute,
-                        BruteForceD(positive, KsDistribution::kExponential, pe, exponential),
-                        1e-12);
-            EXPECT_NEAR(KolmogorovSmirnov(counts, KsDistribution::kPoisson, pp).fAbsolute,
+            EXPECT_NEAR(
+                OneSampleKolmogorovSmirnov(positive, KsDistribution::kExponential, pe).fAbsolute,
+                BruteForceD(positive, KsDistribution::kExponential, pe, exponential), 1e-12);
+            EXPECT_NEAR(OneSampleKolmogorovSmirnov(counts, KsDistribution::kPoisson, pp).fAbsolute,
                         BruteForceD(counts, KsDistribution::kPoisson, pp, poisson), 1e-12);
         }
     }
@@ -261,8 +263,9 @@ TEST(OneSampleKolmogorov, AsymptoticSignificanceUnderTheHypothesisBySimulation) 
             for (double& v : x) {
                 v = random.Uniform();
             }
-            const double sig = KolmogorovSmirnov(x, KsDistribution::kUniform, KsParameters{0, 1})
-                                   .fAsymptoticSig2Tailed;
+            const double sig =
+                OneSampleKolmogorovSmirnov(x, KsDistribution::kUniform, KsParameters{0, 1})
+                    .fAsymptoticSig2Tailed;
             at5 += sig <= 0.05;
             at10 += sig <= 0.10;
         }
@@ -282,37 +285,41 @@ TEST(OneSampleKolmogorov, AsymptoticSignificanceUnderTheHypothesisBySimulation) 
 }
 
 TEST(OneSampleKolmogorov, CannotCompute) {
-    EXPECT_EQ(KolmogorovSmirnov({}, KsDistribution::kNormal).fReason, OneSampleReason::kNoCases);
+    EXPECT_EQ(OneSampleKolmogorovSmirnov({}, KsDistribution::kNormal).fReason,
+              OneSampleReason::kNoCases);
     const std::vector<double> one{2};
     const std::vector<double> same{2, 2, 2, 2, 2, 2};
     const std::vector<double> four{1, 2, 4, 3};
     const std::vector<double> fraction{1, 2.5};
     const std::vector<double> negative{1, -2};
-    EXPECT_EQ(KolmogorovSmirnov(one, KsDistribution::kNormal).fReason,
+    EXPECT_EQ(OneSampleKolmogorovSmirnov(one, KsDistribution::kNormal).fReason,
               OneSampleReason::kTooFewCases);
-    EXPECT_EQ(KolmogorovSmirnov(same, KsDistribution::kNormal).fReason,
+    EXPECT_EQ(OneSampleKolmogorovSmirnov(same, KsDistribution::kNormal).fReason,
               OneSampleReason::kNoVariance);
-    EXPECT_EQ(KolmogorovSmirnov(same, KsDistribution::kUniform).fReason,
+    EXPECT_EQ(OneSampleKolmogorovSmirnov(same, KsDistribution::kUniform).fReason,
               OneSampleReason::kNoVariance);
     // Below five cases the normal statistic is there, its Lilliefors significance is not.
-    const KolmogorovSmirnovResult small = KolmogorovSmirnov(four, KsDistribution::kNormal);
+    const OneSampleKsResult small = OneSampleKolmogorovSmirnov(four, KsDistribution::kNormal);
     EXPECT_EQ(small.fReason, OneSampleReason::kTooFewCases);
     EXPECT_GT(small.fAbsolute, 0);
     EXPECT_TRUE(std::isnan(small.fLillieforsSig));
-    EXPECT_EQ(KolmogorovSmirnov(fraction, KsDistribution::kPoisson).fReason,
+    EXPECT_EQ(OneSampleKolmogorovSmirnov(fraction, KsDistribution::kPoisson).fReason,
               OneSampleReason::kOutsideSupport);
-    EXPECT_EQ(KolmogorovSmirnov(negative, KsDistribution::kExponential).fReason,
+    EXPECT_EQ(OneSampleKolmogorovSmirnov(negative, KsDistribution::kExponential).fReason,
               OneSampleReason::kOutsideSupport);
-    EXPECT_EQ(KolmogorovSmirnov(four, KsDistribution::kNormal, KsParameters{0, 0}).fReason,
+    EXPECT_EQ(OneSampleKolmogorovSmirnov(four, KsDistribution::kNormal, KsParameters{0, 0}).fReason,
               OneSampleReason::kBadParameter);
-    EXPECT_EQ(KolmogorovSmirnov(four, KsDistribution::kUniform, KsParameters{3, 1}).fReason,
-              OneSampleReason::kBadParameter);
-    EXPECT_EQ(KolmogorovSmirnov(four, KsDistribution::kPoisson, KsParameters{-1, 0}).fReason,
-              OneSampleReason::kBadParameter);
+    EXPECT_EQ(
+        OneSampleKolmogorovSmirnov(four, KsDistribution::kUniform, KsParameters{3, 1}).fReason,
+        OneSampleReason::kBadParameter);
+    EXPECT_EQ(
+        OneSampleKolmogorovSmirnov(four, KsDistribution::kPoisson, KsParameters{-1, 0}).fReason,
+        OneSampleReason::kBadParameter);
     const std::vector<double> zeros{0, 0, 0};
-    EXPECT_EQ(KolmogorovSmirnov(zeros, KsDistribution::kExponential).fReason,
+    EXPECT_EQ(OneSampleKolmogorovSmirnov(zeros, KsDistribution::kExponential).fReason,
               OneSampleReason::kNoVariance);
-    EXPECT_EQ(KolmogorovSmirnov(four, KsDistribution::kExponential, KsParameters{std::nan(""), 0})
+    EXPECT_EQ(OneSampleKolmogorovSmirnov(four, KsDistribution::kExponential,
+                                         KsParameters{std::nan(""), 0})
                   .fReason,
               OneSampleReason::kBadParameter);
 }

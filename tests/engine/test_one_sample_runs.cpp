@@ -36,7 +36,7 @@ TEST(OneSampleRuns, ExactTailsMatchCompleteEnumeration) {
                 atMost += r <= runs ? c : 0;
                 atLeast += r >= runs ? c : 0;
             }
-            const RunsResult result = RunsTest(classes);
+            const OneSampleRunsResult result = RunsTest(classes);
             SCOPED_TRACE(testing::Message() << "n " << n << ", n1 " << first << ", runs " << runs);
             ASSERT_TRUE(result.Computed());
             EXPECT_EQ(result.fRuns, static_cast<double>(runs));
@@ -70,7 +70,7 @@ runs <- function(x, cut) {
 }
 )";
 
-void ExpectRunsMatch(const RunsResult& result, const double* r) {
+void ExpectRunsMatch(const OneSampleRunsResult& result, const double* r) {
     ASSERT_TRUE(result.Computed()) << OneSampleReasonText(result.fReason);
     EXPECT_EQ(result.fFirstCount, r[1]);
     EXPECT_EQ(result.fSecondCount, r[2]);
@@ -133,7 +133,7 @@ TEST(OneSampleRuns, CategoriesOnRDatasets) {
     ASSERT_EQ(r.size(), 20u);
     ExpectRunsMatch(RunsTestByCategories(am, std::vector<double>{0}, std::vector<double>{1}),
                     &r[0]);
-    const RunsResult cylinders =
+    const OneSampleRunsResult cylinders =
         RunsTestByCategories(cyl, std::vector<double>{4}, std::vector<double>{8});
     ExpectRunsMatch(cylinders, &r[10]);
     EXPECT_EQ(cylinders.fExcluded, 7u);
@@ -146,14 +146,14 @@ TEST(OneSampleRuns, SymmetricInOrderAndClasses) {
     for (auto& c : classes) {
         c = random.Uniform() < 0.4;
     }
-    const RunsResult forward = RunsTest(classes);
+    const OneSampleRunsResult forward = RunsTest(classes);
     std::vector<std::uint8_t> reversed(classes.rbegin(), classes.rend());
     std::vector<std::uint8_t> swapped(classes);
     for (auto& c : swapped) {
         c = !c;
     }
     for (const auto& other : {reversed, swapped}) {
-        const RunsResult result = RunsTest(other);
+        const OneSampleRunsResult result = RunsTest(other);
         EXPECT_EQ(result.fRuns, forward.fRuns);
         EXPECT_DOUBLE_EQ(result.fStandardized, forward.fStandardized);
         EXPECT_DOUBLE_EQ(result.fExactSig2Tailed, forward.fExactSig2Tailed);
@@ -176,7 +176,7 @@ TEST(OneSampleRuns, CannotCompute) {
         OneSampleReason::kBadParameter);
     // The smallest sample that can vary: three cases.
     const std::vector<std::uint8_t> three{0, 1, 0};
-    const RunsResult result = RunsTest(three);
+    const OneSampleRunsResult result = RunsTest(three);
     ASSERT_TRUE(result.Computed());
     EXPECT_DOUBLE_EQ(result.fExactSigGreater, 1.0 / 3);
 }

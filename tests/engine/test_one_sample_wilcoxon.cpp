@@ -23,7 +23,7 @@ w <- function(x, mu) {
 )";
 
 void ExpectMatches(const std::vector<double>& x, double mu, const double* r) {
-    const WilcoxonResult result = WilcoxonSignedRank(x, mu);
+    const OneSampleWilcoxonResult result = OneSampleWilcoxon(x, mu);
     ASSERT_TRUE(result.Computed()) << OneSampleReasonText(result.fReason);
     EXPECT_STAT(result.fStatistic, r[0]);
     EXPECT_STAT(result.fStandardized, r[1]);
@@ -89,7 +89,7 @@ TEST(OneSampleWilcoxon, RandomDataWithoutTiesMatchesWilcoxTestExact) {
                  "\ncat(wilcox.test(x, mu = 0.2, exact = TRUE)$p.value, wilcox.test(x, mu = "
                  "0.2, exact = FALSE, correct = FALSE)$p.value)");
         ASSERT_EQ(r.size(), 2u);
-        const WilcoxonResult result = WilcoxonSignedRank(x, 0.2);
+        const OneSampleWilcoxonResult result = OneSampleWilcoxon(x, 0.2);
         EXPECT_SIG(result.fExactSig2Tailed, r[0]);
         EXPECT_SIG(result.fAsymptoticSig2Tailed, r[1]);
     }
@@ -98,19 +98,19 @@ TEST(OneSampleWilcoxon, RandomDataWithoutTiesMatchesWilcoxTestExact) {
     for (double& v : large) {
         v = random.Normal();
     }
-    EXPECT_FALSE(WilcoxonSignedRank(large, 0).HasExact());
+    EXPECT_FALSE(OneSampleWilcoxon(large, 0).HasExact());
 }
 
 TEST(OneSampleWilcoxon, CannotCompute) {
-    EXPECT_EQ(WilcoxonSignedRank({}, 0).fReason, OneSampleReason::kNoCases);
+    EXPECT_EQ(OneSampleWilcoxon({}, 0).fReason, OneSampleReason::kNoCases);
     const std::vector<double> same{4, 4, 4};
-    const WilcoxonResult result = WilcoxonSignedRank(same, 4);
+    const OneSampleWilcoxonResult result = OneSampleWilcoxon(same, 4);
     EXPECT_EQ(result.fReason, OneSampleReason::kAllDifferencesZero);
     EXPECT_EQ(result.fZero, 3u);
     EXPECT_EQ(result.fObservedMedian, 4.0);
     // One non-zero difference is enough for a result (significance 1).
     const std::vector<double> one{4, 4, 5};
-    const WilcoxonResult single = WilcoxonSignedRank(one, 4);
+    const OneSampleWilcoxonResult single = OneSampleWilcoxon(one, 4);
     ASSERT_TRUE(single.Computed());
     EXPECT_EQ(single.fExactSig2Tailed, 1.0);
 }
