@@ -10,7 +10,8 @@ double BonferroniAdjusted(double sig, std::size_t samples) {
         return kNoValue;
     }
     const double k = static_cast<double>(samples);
-    return std::min(1.0, sig * k * (k - 1) / 2);
+    const double comparisons = k * (k - 1) / 2;
+    return std::min(1.0, comparisons * sig);
 }
 
 double StepDownAdjusted(double sig, std::size_t subsetSize, std::size_t samples) {

@@ -2,6 +2,9 @@
 // through Rscript, seeded random ones, and the R vectors of them.
 #pragma once
 
+#include <algorithm>
+#include <array>
+#include <cmath>
 #include <random>
 #include <string>
 #include <vector>
@@ -30,21 +33,55 @@ struct Grouped {
     }
 };
 
-// An R data set's `value` column split by its `group` column (a factor or
-// numbers; codes in the order of its sorted levels), cases with a missing
-// value left out. `frame` is an R expression.
-inline Grouped FromR(const std::string& frame, const std::string& value, const std::string& group) {
-    const std::vector<double> numbers =
-        RunR("d <- " + frame + "\nd <- d[!is.na(d$" + value + "), ]\nf <- factor(d$" + group +
-             ")\ncat(nlevels(f), length(f), d$" + value + ", as.integer(f) - 1)");
-    const auto levels = static_cast<std::size_t>(numbers.at(0));
-    const auto n = static_cast<std::size_t>(numbers.at(1));
-    std::vector<double> values(numbers.begin() + 2, numbers.begin() + 2 + static_cast<long>(n));
-    std::vector<int> groups;
-    for (std::size_t i = 0; i < n; ++i) {
-        groups.push_back(static_cast<int>(numbers.at(2 + n + i)));
+// Runs every script in one R process and returns the numbers each printed.
+inline std::vector<std::vector<double>> RunREach(const std::vector<std::string>& scripts) {
+    std::string all;
+    for (const std::string& script : scripts) {
+        all +=
+            "o <- capture.output(local({\n" + script +
+            "\n}))\nw <- scan(text = o, what = \"\", quiet = TRUE)\ncat(length(w), w, \"\\n\")\n";
     }
-    return Grouped(std::move(values), std::move(groups), levels);
+    const std::vector<double> numbers = RunR(all);
+    std::vector<std::vector<double>> each;
+    for (std::size_t at = 0; at < numbers.size() && each.size() < scripts.size();) {
+        const auto count = static_cast<std::size_t>(numbers[at]);
+        if (at + 1 + count > numbers.size()) {
+            break;
+        }
+        each.emplace_back(numbers.begin() + static_cast<long>(at + 1),
+                          numbers.begin() + static_cast<long>(at + 1 + count));
+        at += 1 + count;
+    }
+    EXPECT_EQ(each.size(), scripts.size());
+    each.resize(scripts.size());
+    return each;
+}
+
+// R data sets: each a `value` column split by a `group` column (a factor or
+// numbers; codes in the order of its sorted levels), cases with a missing
+// value left out. Each is {frame (an R expression), value, group}.
+inline std::vector<Grouped> FromR(const std::vector<std::array<std::string, 3>>& sets) {
+    std::vector<std::string> scripts;
+    for (const auto& [frame, value, group] : sets) {
+        scripts.push_back("d <- " + frame + "\nd <- d[!is.na(d$" + value + "), ]\nf <- factor(d$" +
+                          group + ")\ncat(nlevels(f), length(f), d$" + value +
+                          ", as.integer(f) - 1)");
+    }
+    std::vector<Grouped> out;
+    for (const std::vector<double>& numbers : RunREach(scripts)) {
+        if (numbers.size() < 2) {
+            continue;
+        }
+        const auto levels = static_cast<std::size_t>(numbers[0]);
+        const auto n = static_cast<std::size_t>(numbers[1]);
+        std::vector<double> values(numbers.begin() + 2, numbers.begin() + 2 + static_cast<long>(n));
+        std::vector<int> groups;
+        for (std::size_t i = 0; i < n; ++i) {
+            groups.push_back(static_cast<int>(numbers.at(2 + n + i)));
+        }
+        out.emplace_back(std::move(values), std::move(groups), levels);
+    }
+    return out;
 }
 
 // Random samples: `sizes[g]` cases in group g, values drawn from a normal

@@ -23,11 +23,16 @@ const std::vector<std::pair<std::string, Grouped>>& TwoSampleSets() {
     if (!sets.empty()) {
         return sets;
     }
-    sets.emplace_back("ToothGrowth len by supp", FromR("ToothGrowth", "len", "supp"));
-    sets.emplace_back("mtcars mpg by am", FromR("mtcars", "mpg", "am"));
-    sets.emplace_back("sleep extra by group", FromR("sleep", "extra", "group"));
-    sets.emplace_back("airquality Ozone, May and August",
-                      FromR("subset(airquality, Month %in% c(5, 8))", "Ozone", "Month"));
+    const std::vector<std::array<std::string, 3>> fromR{
+        {"ToothGrowth", "len", "supp"},
+        {"mtcars", "mpg", "am"},
+        {"sleep", "extra", "group"},
+        {"subset(airquality, Month %in% c(5, 8))", "Ozone", "Month"}};
+    std::vector<Grouped> data = HaveR() ? FromR(fromR) : std::vector<Grouped>{};
+    for (std::size_t i = 0; i < data.size(); ++i) {
+        sets.emplace_back(fromR[i][0] + " " + fromR[i][1] + " by " + fromR[i][2],
+                          std::move(data[i]));
+    }
     std::mt19937 random(20261122);
     sets.emplace_back("random 8 and 11, no ties", RandomGroups(random, {8, 11}, 0.7, 0));
     sets.emplace_back("random 10 and 14, ties", RandomGroups(random, {10, 14}, 0.4, 0.5));
@@ -42,11 +47,10 @@ TEST(IndependentTwoSample, MannWhitneyMatchesR) {
     if (!HaveR()) {
         GTEST_SKIP() << "Rscript is not installed";
     }
-    for (const auto& [name, data] : TwoSampleSets()) {
-        SCOPED_TRACE(name);
-        const MannWhitneyResult ours = MannWhitney(data.View());
-        ASSERT_TRUE(ours.fComputed) << ours.fReason;
-        const std::vector<double> r = RunR(data.RData() + R"(
+    const auto& sets = TwoSampleSets();
+    std::vector<std::string> scripts;
+    for (const auto& [name, data] : sets) {
+        scripts.push_back(data.RData() + R"(
 a <- x[g == "0"]; b <- x[g == "1"]; n1 <- length(a); n2 <- length(b); N <- n1 + n2
 w <- wilcox.test(b, a, exact = FALSE, correct = FALSE)
 t <- table(x); se <- sqrt(n1 * n2 / 12 * ((N + 1) - sum(t^3 - t) / (N * (N - 1))))
@@ -56,6 +60,14 @@ ex2 <- if (N <= 50 && length(t) == N) wilcox.test(b, a, exact = TRUE)$p.value el
 cat(w$statistic, sum(r[g == "1"]), se, (w$statistic - n1 * n2 / 2) / se, w$p.value, ex, ex2,
     mean(r[g == "0"]), mean(r[g == "1"]))
 )");
+    }
+    const std::vector<std::vector<double>> results = RunREach(scripts);
+    for (std::size_t i = 0; i < sets.size(); ++i) {
+        const auto& [name, data] = sets[i];
+        SCOPED_TRACE(name);
+        const MannWhitneyResult ours = MannWhitney(data.View());
+        ASSERT_TRUE(ours.fComputed) << ours.fReason;
+        const std::vector<double>& r = results[i];
         ASSERT_EQ(r.size(), 9u);
         EXPECT_NEAR(ours.fU, r[0], kStatTolerance);
         EXPECT_NEAR(ours.fWilcoxonW, r[1], kStatTolerance);
@@ -78,17 +90,24 @@ TEST(IndependentTwoSample, KolmogorovSmirnovMatchesR) {
     if (!HaveR()) {
         GTEST_SKIP() << "Rscript is not installed";
     }
-    for (const auto& [name, data] : TwoSampleSets()) {
-        SCOPED_TRACE(name);
-        const KolmogorovSmirnovResult ours = KolmogorovSmirnovTwoSample(data.View());
-        ASSERT_TRUE(ours.fComputed) << ours.fReason;
-        const std::vector<double> r = RunR(data.RData() + R"(
+    const auto& sets = TwoSampleSets();
+    std::vector<std::string> scripts;
+    for (const auto& [name, data] : sets) {
+        scripts.push_back(data.RData() + R"(
 a <- x[g == "0"]; b <- x[g == "1"]
 ks <- function(...) suppressWarnings(ks.test(a, b, exact = FALSE, ...))
 k <- ks(); n <- length(a) * length(b) / (length(a) + length(b))
 cat(k$statistic, ks(alternative = "greater")$statistic, ks(alternative = "less")$statistic,
     sqrt(n) * k$statistic, k$p.value, 1 - .Call(stats:::C_pKS2, sqrt(n) * k$statistic, tol = 1e-14))
 )");
+    }
+    const std::vector<std::vector<double>> results = RunREach(scripts);
+    for (std::size_t i = 0; i < sets.size(); ++i) {
+        const auto& [name, data] = sets[i];
+        SCOPED_TRACE(name);
+        const KolmogorovSmirnovResult ours = KolmogorovSmirnovTwoSample(data.View());
+        ASSERT_TRUE(ours.fComputed) << ours.fReason;
+        const std::vector<double>& r = results[i];
         ASSERT_EQ(r.size(), 6u);
         EXPECT_NEAR(ours.fAbsolute, r[0], kStatTolerance);
         EXPECT_NEAR(ours.fPositive, r[1], kStatTolerance);
@@ -122,11 +141,10 @@ TEST(IndependentTwoSample, HodgesLehmannMatchesR) {
     if (!HaveR()) {
         GTEST_SKIP() << "Rscript is not installed";
     }
-    for (const auto& [name, data] : TwoSampleSets()) {
-        SCOPED_TRACE(name);
-        const HodgesLehmannResult ours = HodgesLehmann(data.View(), 0.95);
-        ASSERT_TRUE(ours.fComputed) << ours.fReason;
-        const std::vector<double> r = RunR(data.RData() + R"(
+    const auto& sets = TwoSampleSets();
+    std::vector<std::string> scripts;
+    for (const auto& [name, data] : sets) {
+        scripts.push_back(data.RData() + R"(
 a <- x[g == "0"]; b <- x[g == "1"]; n1 <- length(a); n2 <- length(b)
 d <- sort(outer(b, a, "-")); M <- length(d)
 c <- round(M / 2 - qnorm(0.975) * sqrt(n1 * n2 * (n1 + n2 + 1) / 12))
@@ -135,6 +153,14 @@ ex <- if (length(unique(x)) == length(x))
   suppressWarnings(wilcox.test(b, a, conf.int = TRUE, exact = TRUE))$estimate else NA
 cat(median(d), lo, hi, ex)
 )");
+    }
+    const std::vector<std::vector<double>> results = RunREach(scripts);
+    for (std::size_t i = 0; i < sets.size(); ++i) {
+        const auto& [name, data] = sets[i];
+        SCOPED_TRACE(name);
+        const HodgesLehmannResult ours = HodgesLehmann(data.View(), 0.95);
+        ASSERT_TRUE(ours.fComputed) << ours.fReason;
+        const std::vector<double>& r = results[i];
         ASSERT_EQ(r.size(), 4u);
         EXPECT_NEAR(ours.fEstimate, r[0], kStatTolerance);
         EXPECT_EQ(ours.fHasInterval, !std::isnan(r[1]));
