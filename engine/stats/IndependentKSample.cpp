@@ -227,7 +227,7 @@ KruskalWallisResult KruskalWallis(const GroupedValues& data) {
     return result;
 }
 
-std::vector<ComparisonRow> KruskalWallisPairwise(const KruskalWallisResult& test) {
+std::vector<ComparisonResult> KruskalWallisPairwise(const KruskalWallisResult& test) {
     if (!test.fComputed) {
         return {};
     }
@@ -249,8 +249,8 @@ std::vector<ComparisonRow> KruskalWallisPairwise(const KruskalWallisResult& test
     });
 }
 
-std::vector<ComparisonRow> KruskalWallisSubsets(const GroupedValues& data,
-                                                const KruskalWallisResult& test, double sigLevel) {
+std::vector<ComparisonResult>
+KruskalWallisSubsets(const GroupedValues& data, const KruskalWallisResult& test, double sigLevel) {
     if (!test.fComputed) {
         return {};
     }
@@ -384,8 +384,9 @@ MedianTestResult MedianTest(const GroupedValues& data, std::optional<double> tes
     return result;
 }
 
-std::vector<ComparisonRow> MedianPairwise(const GroupedValues& data, const MedianTestResult& test,
-                                          std::optional<double> testValue) {
+std::vector<ComparisonResult> MedianPairwise(const GroupedValues& data,
+                                             const MedianTestResult& test,
+                                             std::optional<double> testValue) {
     if (test.fSamples.size() < 2 || test.fSampleMedian.size() != data.fGroupCount) {
         return {};
     }
@@ -403,8 +404,8 @@ std::vector<ComparisonRow> MedianPairwise(const GroupedValues& data, const Media
         });
 }
 
-std::vector<ComparisonRow> MedianSubsets(const GroupedValues& data, const MedianTestResult& test,
-                                         std::optional<double> testValue, double sigLevel) {
+std::vector<ComparisonResult> MedianSubsets(const GroupedValues& data, const MedianTestResult& test,
+                                            std::optional<double> testValue, double sigLevel) {
     if (test.fSamples.size() < 2 || test.fSampleMedian.size() != data.fGroupCount) {
         return {};
     }
@@ -494,8 +495,8 @@ JonckheereResult JonckheereTerpstra(const GroupedValues& data, bool descending) 
     return result;
 }
 
-std::vector<ComparisonRow> JonckheerePairwise(const GroupedValues& data,
-                                              const JonckheereResult& test) {
+std::vector<ComparisonResult> JonckheerePairwise(const GroupedValues& data,
+                                                 const JonckheereResult& test) {
     if (!test.fComputed) {
         return {};
     }
@@ -510,8 +511,8 @@ std::vector<ComparisonRow> JonckheerePairwise(const GroupedValues& data,
     });
 }
 
-std::vector<ComparisonRow> JonckheereSubsets(const GroupedValues& data,
-                                             const JonckheereResult& test, double sigLevel) {
+std::vector<ComparisonResult> JonckheereSubsets(const GroupedValues& data,
+                                                const JonckheereResult& test, double sigLevel) {
     if (!test.fComputed) {
         return {};
     }

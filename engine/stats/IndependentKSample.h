@@ -31,12 +31,12 @@ KruskalWallisResult KruskalWallis(const GroupedValues& data);
 // Dunn's comparisons: each pair's difference of mean ranks (smaller first),
 // its standard error with the correction for ties, z, two-sided significance
 // and Bonferroni-adjusted significance.
-std::vector<ComparisonRow> KruskalWallisPairwise(const KruskalWallisResult& test);
+std::vector<ComparisonResult> KruskalWallisPairwise(const KruskalWallisResult& test);
 
 // Homogeneous subsets: samples ordered by mean rank, each set of consecutive
 // samples tested by Kruskal-Wallis on its own cases (ranked among themselves).
-std::vector<ComparisonRow> KruskalWallisSubsets(const GroupedValues& data,
-                                                const KruskalWallisResult& test, double sigLevel);
+std::vector<ComparisonResult>
+KruskalWallisSubsets(const GroupedValues& data, const KruskalWallisResult& test, double sigLevel);
 
 struct MedianTestResult : KSamples {
     double fMedian = kNoValue;           // the test value: pooled median or the given value
@@ -58,13 +58,14 @@ MedianTestResult MedianTest(const GroupedValues& data, std::optional<double> tes
 // Each pair's 2x2 median test (against the pair's pooled median, or the given
 // test value): Pearson's chi-square, its significance and the Bonferroni
 // adjustment; pairs ordered by sample median.
-std::vector<ComparisonRow> MedianPairwise(const GroupedValues& data, const MedianTestResult& test,
-                                          std::optional<double> testValue);
+std::vector<ComparisonResult> MedianPairwise(const GroupedValues& data,
+                                             const MedianTestResult& test,
+                                             std::optional<double> testValue);
 
 // Homogeneous subsets: samples ordered by median, each set of consecutive
 // samples tested by the median test on its own cases.
-std::vector<ComparisonRow> MedianSubsets(const GroupedValues& data, const MedianTestResult& test,
-                                         std::optional<double> testValue, double sigLevel);
+std::vector<ComparisonResult> MedianSubsets(const GroupedValues& data, const MedianTestResult& test,
+                                            std::optional<double> testValue, double sigLevel);
 
 // Two-sided Fisher exact significance of the 2x2 table [[a, b], [c, d]]:
 // the probability of the tables with the same margins that are no more
@@ -88,11 +89,11 @@ JonckheereResult JonckheereTerpstra(const GroupedValues& data, bool descending);
 // alternative (statistic, standard error, z, one-sided significance and
 // Bonferroni adjustment); the row names the pair with the smaller mean rank
 // first.
-std::vector<ComparisonRow> JonckheerePairwise(const GroupedValues& data,
-                                              const JonckheereResult& test);
+std::vector<ComparisonResult> JonckheerePairwise(const GroupedValues& data,
+                                                 const JonckheereResult& test);
 
 // Homogeneous subsets: samples ordered by mean rank, each set of consecutive
 // samples tested by Jonckheere-Terpstra in the order of the alternative,
 // one-sided.
-std::vector<ComparisonRow> JonckheereSubsets(const GroupedValues& data,
-                                             const JonckheereResult& test, double sigLevel);
+std::vector<ComparisonResult> JonckheereSubsets(const GroupedValues& data,
+                                                const JonckheereResult& test, double sigLevel);

@@ -87,3 +87,56 @@ double MedianOf(std::vector<double>& values) {
     const double below = *std::max_element(values.begin(), middle);
     return (below + *middle) / 2;
 }
+
+namespace {
+
+// The weighted average at position p(n+1) of ascending values, held to the
+// first and last value.
+double WeightedAverage(const std::vector<std::pair<double, double>>& sorted, double p) {
+    const double n = static_cast<double>(sorted.size());
+    const double position = p * (n + 1);
+    if (position <= 1) {
+        return sorted.front().first;
+    }
+    if (position >= n) {
+        return sorted.back().first;
+    }
+    const double whole = std::floor(position);
+    const auto k = static_cast<std::size_t>(whole);
+    return sorted[k - 1].first + (position - whole) * (sorted[k].first - sorted[k - 1].first);
+}
+
+} // namespace
+
+BoxPlotNumbers BoxPlot(std::span<const double> values, std::span<const double> caseNumbers) {
+    BoxPlotNumbers box;
+    if (values.empty() || caseNumbers.size() != values.size()) {
+        return box;
+    }
+    std::vector<std::pair<double, double>> sorted;
+    sorted.reserve(values.size());
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        sorted.emplace_back(values[i], caseNumbers[i]);
+    }
+    std::sort(sorted.begin(), sorted.end());
+    box.fLowerQuartile = WeightedAverage(sorted, 0.25);
+    box.fUpperQuartile = WeightedAverage(sorted, 0.75);
+    const std::size_t n = sorted.size();
+    box.fMedian =
+        n % 2 == 1 ? sorted[n / 2].first : (sorted[n / 2 - 1].first + sorted[n / 2].first) / 2;
+    const double length = box.fUpperQuartile - box.fLowerQuartile;
+    const double low = box.fLowerQuartile - 1.5 * length;
+    const double high = box.fUpperQuartile + 1.5 * length;
+    box.fLowerWhisker = box.fUpperWhisker = box.fMedian;
+    bool inside = false;
+    for (const auto& [value, caseNumber] : sorted) {
+        if (value < low || value > high) {
+            box.fOutliers.emplace_back(value, caseNumber);
+        } else {
+            box.fLowerWhisker = inside ? std::min(box.fLowerWhisker, value) : value;
+            box.fUpperWhisker = inside ? std::max(box.fUpperWhisker, value) : value;
+            inside = true;
+        }
+    }
+    return box;
+}

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <span>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "engine/stats/Ranks.h"
@@ -48,3 +49,16 @@ SortedGroups SortGroupsByRank(const GroupedValues& data);
 // Median of `values` (mean of the two middle values for an even count);
 // reorders them. NaN for none.
 double MedianOf(std::vector<double>& values);
+
+// The numbers of a box plot of one group.
+struct BoxPlotNumbers {
+    double fLowerWhisker = 0;  // smallest value within 1.5 box lengths below the box
+    double fLowerQuartile = 0; // weighted average at position (n+1)/4
+    double fMedian = 0;
+    double fUpperQuartile = 0;
+    double fUpperWhisker = 0;
+    std::vector<std::pair<double, double>> fOutliers; // value and case number, ascending by value
+};
+
+// Box-plot numbers of `values` (at least one) with the case number of each.
+BoxPlotNumbers BoxPlot(std::span<const double> values, std::span<const double> caseNumbers);

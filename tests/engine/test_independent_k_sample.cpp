@@ -41,9 +41,9 @@ const std::vector<std::pair<std::string, Grouped>>& KSampleSets() {
 
 // Flattens comparison rows for comparison with numbers R printed in the same
 // layout (first, second, statistic, se, z, sig, adjusted sig).
-std::vector<double> Flatten(const std::vector<ComparisonRow>& rows) {
+std::vector<double> Flatten(const std::vector<ComparisonResult>& rows) {
     std::vector<double> out;
-    for (const ComparisonRow& row : rows) {
+    for (const ComparisonResult& row : rows) {
         out.insert(out.end(),
                    {static_cast<double>(row.fFirst), static_cast<double>(row.fSecond),
                     row.fStatistic, row.fStdError, row.fStdStatistic, row.fSig, row.fAdjustedSig});
@@ -116,12 +116,12 @@ base <- N * (N + 1) / 12 - sum(t^3 - t) / (12 * (N - 1))
                 EXPECT_NEAR(ours.fMeanRank[g], r[3 + g], kStatTolerance);
             }
         }
-        const std::vector<ComparisonRow> rows = KruskalWallisPairwise(ours);
+        const std::vector<ComparisonResult> rows = KruskalWallisPairwise(ours);
         ExpectRowsNear(
             Flatten(rows),
             std::vector<double>(r.begin() + 3 + static_cast<long>(data.fGroupCount), r.end()));
         const double m = static_cast<double>(ours.fSamples.size() * (ours.fSamples.size() - 1) / 2);
-        for (const ComparisonRow& row : rows) {
+        for (const ComparisonResult& row : rows) {
             EXPECT_EQ(row.fAdjustedSig, std::min(1.0, m * row.fSig));
         }
     }
@@ -134,12 +134,12 @@ TEST(IndependentKSample, KruskalWallisSubsetsTestEachSubsetAsR) {
     for (const auto& [name, data] : KSampleSets()) {
         SCOPED_TRACE(name);
         const KruskalWallisResult test = KruskalWallis(data.View());
-        const std::vector<ComparisonRow> rows = KruskalWallisSubsets(data.View(), test, 0.05);
+        const std::vector<ComparisonResult> rows = KruskalWallisSubsets(data.View(), test, 0.05);
         const std::vector<std::size_t> order = OrderByShownValue(test.fSamples, test.fMeanRank);
         std::ostringstream script;
         script << data.RData() << "out <- c()\n";
         std::size_t covered = 0;
-        for (const ComparisonRow& row : rows) {
+        for (const ComparisonResult& row : rows) {
             covered += row.fSecond - row.fFirst + 1;
             if (row.fFirst == row.fSecond) {
                 EXPECT_TRUE(std::isnan(row.fSig));
@@ -157,7 +157,7 @@ TEST(IndependentKSample, KruskalWallisSubsetsTestEachSubsetAsR) {
         script << "cat(out)";
         const std::vector<double> r = RunR(script.str());
         std::size_t at = 0;
-        for (const ComparisonRow& row : rows) {
+        for (const ComparisonResult& row : rows) {
             if (row.fFirst == row.fSecond) {
                 continue;
             }
@@ -317,7 +317,7 @@ TEST(IndependentKSample, JonckheereMomentsAreThoseOfThePermutationDistribution) 
             EXPECT_NEAR(ours.fMean, mean, 1e-9);
             EXPECT_NEAR(ours.fStdError * ours.fStdError, variance, 1e-9);
             // Each pair: the two-sample test in the order of the alternative.
-            for (const ComparisonRow& row : JonckheerePairwise(data.View(), ours)) {
+            for (const ComparisonResult& row : JonckheerePairwise(data.View(), ours)) {
                 std::vector<int> pair{static_cast<int>(row.fFirst), static_cast<int>(row.fSecond)};
                 std::sort(pair.begin(), pair.end());
                 if (descending) {
