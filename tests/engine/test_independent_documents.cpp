@@ -130,7 +130,7 @@ TEST(IndependentDocuments, EveryTestRendersWithItsTables) {
     for (const char* title :
          {"Independent-Samples Kruskal-Wallis Test", "Independent-Samples Jonckheere-Terpstra Test",
           "Pairwise Comparisons of Score", "Homogeneous Subsets based on Score",
-          "Significance values have been adjusted by the Bonferroni correction",
+          "Significances are adjusted for multiple tests by the Bonferroni correction.",
           "The test cannot be computed for the values of this field."}) {
         EXPECT_TRUE(Has(k, title)) << title;
     }
