@@ -196,7 +196,7 @@ void WriteHodgesLehmann(const SplitData& data, int a, int b, const Criteria& cri
                         Document& doc) {
     const int pair[] = {a, b};
     const Columns columns = CompleteCases(data, pair);
-    const HodgesLehmannResult result =
+    const PairedHodgesLehmannResult result =
         HodgesLehmannPaired(columns.fValues[0], columns.fValues[1], criteria.fCILevel / 100.0);
     Algorithm algorithm =
         doc.AddAlgorithm("RHodgesLehmannEstimatePairs", Classification::kRelated, Decision::kNone);

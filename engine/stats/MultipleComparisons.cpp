@@ -10,7 +10,8 @@ double BonferroniAdjusted(double sig, std::size_t samples) {
         return kNoValue;
     }
     const double k = static_cast<double>(samples);
-    return std::min(1.0, sig * k * (k - 1) / 2);
+    const double comparisons = k * (k - 1) / 2;
+    return std::min(1.0, comparisons * sig);
 }
 
 double StepDownAdjusted(double sig, std::size_t subsetSize, std::size_t samples) {
@@ -30,10 +31,10 @@ std::vector<std::size_t> OrderByShownValue(std::span<const std::size_t> samples,
     return order;
 }
 
-std::vector<ComparisonRow> PairwiseComparisons(std::span<const std::size_t> samples,
-                                               std::span<const double> shownValues,
-                                               const PairTest& test) {
-    std::vector<ComparisonRow> rows;
+std::vector<ComparisonResult> PairwiseComparisons(std::span<const std::size_t> samples,
+                                                  std::span<const double> shownValues,
+                                                  const PairTest& test) {
+    std::vector<ComparisonResult> rows;
     const std::size_t k = samples.size();
     rows.reserve(k * (k > 0 ? k - 1 : 0) / 2);
     for (std::size_t i = 0; i < k; ++i) {
@@ -44,7 +45,7 @@ std::vector<ComparisonRow> PairwiseComparisons(std::span<const std::size_t> samp
                 std::swap(first, second);
             }
             const SampleTest result = test(first, second);
-            ComparisonRow& row = rows.emplace_back();
+            ComparisonResult& row = rows.emplace_back();
             row.fFirst = first;
             row.fSecond = second;
             row.fStatistic = result.fStatistic;
@@ -58,12 +59,12 @@ std::vector<ComparisonRow> PairwiseComparisons(std::span<const std::size_t> samp
     return rows;
 }
 
-std::vector<ComparisonRow> HomogeneousSubsets(std::span<const std::size_t> order,
-                                              const SubsetTest& test, double sigLevel) {
+std::vector<ComparisonResult> HomogeneousSubsets(std::span<const std::size_t> order,
+                                                 const SubsetTest& test, double sigLevel) {
     const std::size_t k = order.size();
-    std::vector<ComparisonRow> found;
+    std::vector<ComparisonResult> found;
     const auto covered = [&](std::size_t first, std::size_t last) {
-        return std::any_of(found.begin(), found.end(), [&](const ComparisonRow& row) {
+        return std::any_of(found.begin(), found.end(), [&](const ComparisonResult& row) {
             return row.fFirst <= first && last <= row.fSecond;
         });
     };
@@ -86,7 +87,7 @@ std::vector<ComparisonRow> HomogeneousSubsets(std::span<const std::size_t> order
             found.push_back({position, position});
         }
     }
-    std::sort(found.begin(), found.end(), [](const ComparisonRow& a, const ComparisonRow& b) {
+    std::sort(found.begin(), found.end(), [](const ComparisonResult& a, const ComparisonResult& b) {
         return a.fFirst != b.fFirst ? a.fFirst < b.fFirst : a.fSecond < b.fSecond;
     });
     return found;

@@ -24,7 +24,7 @@ struct SampleTest {
 };
 
 // One row of a comparison table.
-struct ComparisonRow {
+struct ComparisonResult {
     // Pairwise: the two sample indices, the sample with the smaller shown
     // value first. Stepwise: first and last position of the subset in the
     // order of the samples by shown value.
@@ -61,9 +61,9 @@ std::vector<std::size_t> OrderByShownValue(std::span<const std::size_t> samples,
 // Every pair of `samples` (indices into shownValues), in the order the pairs
 // of positions (i < j) of `samples` are met, each written with the sample of
 // the smaller shown value first.
-std::vector<ComparisonRow> PairwiseComparisons(std::span<const std::size_t> samples,
-                                               std::span<const double> shownValues,
-                                               const PairTest& test);
+std::vector<ComparisonResult> PairwiseComparisons(std::span<const std::size_t> samples,
+                                                  std::span<const double> shownValues,
+                                                  const PairTest& test);
 
 // Homogeneous subsets of the samples in `order` (ascending by shown value):
 // sets of consecutive samples are tested from the largest down; a set is
@@ -71,5 +71,5 @@ std::vector<ComparisonRow> PairwiseComparisons(std::span<const std::size_t> samp
 // `sigLevel`, and then none of its subsets is tested. A set whose test gives
 // no significance counts as homogeneous. Samples in no homogeneous set form
 // subsets of their own, without a test. Rows are sorted by first position.
-std::vector<ComparisonRow> HomogeneousSubsets(std::span<const std::size_t> order,
-                                              const SubsetTest& test, double sigLevel);
+std::vector<ComparisonResult> HomogeneousSubsets(std::span<const std::size_t> order,
+                                                 const SubsetTest& test, double sigLevel);

@@ -51,10 +51,10 @@ bool Contains(std::span<const double> list, double value) {
     return std::find(list.begin(), list.end(), value) != list.end();
 }
 
-std::vector<RelatedComparison> Rows(const std::vector<ComparisonRow>& rows) {
+std::vector<RelatedComparison> Rows(const std::vector<ComparisonResult>& rows) {
     std::vector<RelatedComparison> out;
     out.reserve(rows.size());
-    for (const ComparisonRow& row : rows) {
+    for (const ComparisonResult& row : rows) {
         out.push_back({row.fFirst, row.fSecond, row.fStatistic, row.fStdError, row.fStdStatistic,
                        row.fSig, row.fAdjustedSig});
     }

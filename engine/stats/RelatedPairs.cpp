@@ -327,9 +327,9 @@ double WalshAverageOrderStatistic(std::span<const double> values, std::size_t k)
     return SortedWalshOrderStatistic(x, k);
 }
 
-HodgesLehmannResult HodgesLehmannPaired(std::span<const double> first,
-                                        std::span<const double> second, double level) {
-    HodgesLehmannResult result;
+PairedHodgesLehmannResult HodgesLehmannPaired(std::span<const double> first,
+                                              std::span<const double> second, double level) {
+    PairedHodgesLehmannResult result;
     result.fLevel = level;
     if (!SameLength(first, second)) {
         result.fOutcome = RelatedOutcome::kUnequalLengths;

@@ -75,7 +75,7 @@ WilcoxonResult WilcoxonSignedRank(std::span<const double> first, std::span<const
 // c = round(n(n+1)/4 - z sqrt(n(n+1)(2n+1)/24)), z the normal quantile of
 // (1 + level)/2, and c at least 1. Walsh averages are never all stored: the
 // order statistics are selected in O(n log n) expected time.
-struct HodgesLehmannResult {
+struct PairedHodgesLehmannResult {
     RelatedOutcome fOutcome = RelatedOutcome::kComputed;
     std::size_t fTotalN = 0;
     double fEstimate = kRelatedNoValue;
@@ -85,8 +85,8 @@ struct HodgesLehmannResult {
     std::size_t fRankOfBound = 0; // c above
     bool Computed() const { return fOutcome == RelatedOutcome::kComputed; }
 };
-HodgesLehmannResult HodgesLehmannPaired(std::span<const double> first,
-                                        std::span<const double> second, double level);
+PairedHodgesLehmannResult HodgesLehmannPaired(std::span<const double> first,
+                                              std::span<const double> second, double level);
 
 // The k-th smallest (1-based) of the Walsh averages (d_i + d_j)/2, i <= j,
 // of `values`; 1 <= k <= n(n+1)/2.

@@ -22,7 +22,7 @@ TEST(MultipleComparisons, PairsAreOrientedBySmallerValueAndAdjustedByBonferroni)
         return t;
     });
     ASSERT_EQ(rows.size(), 10u);
-    for (const ComparisonRow& row : rows) {
+    for (const ComparisonResult& row : rows) {
         EXPECT_LE(shown[row.fFirst], shown[row.fSecond]);
         EXPECT_LE(row.fStatistic, 0.0);
         EXPECT_EQ(row.fAdjustedSig, std::min(1.0, 10 * row.fSig));
@@ -123,7 +123,7 @@ TEST(MultipleComparisons, StepDownSubsetsMatchTheirDefinition) {
             },
             0.05);
         std::set<std::pair<std::size_t, std::size_t>> got;
-        for (const ComparisonRow& row : rows) {
+        for (const ComparisonResult& row : rows) {
             got.insert({row.fFirst, row.fSecond});
             if (row.fFirst == row.fSecond) {
                 EXPECT_TRUE(std::isnan(row.fSig));

@@ -218,7 +218,7 @@ TEST(RelatedDocuments, EveryTestRendersThroughNptests) {
     const json* interval = FindTable(tables, "Confidence Interval Summary");
     ASSERT_NE(interval, nullptr);
     ASSERT_EQ((*interval)["rows"].size(), 1u);
-    const HodgesLehmannResult hl = HodgesLehmannPaired(before, after, 0.95);
+    const PairedHodgesLehmannResult hl = HodgesLehmannPaired(before, after, 0.95);
     const json& cells = (*interval)["rows"][0]["cells"];
     std::vector<double> numbers;
     for (const json& cell : cells) {

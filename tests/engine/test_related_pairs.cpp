@@ -46,7 +46,7 @@ void CheckAgainstR(const std::vector<double>& x, const std::vector<double>& y,
     } else {
         EXPECT_FALSE(wilcoxon.fHasExact) << name;
     }
-    const HodgesLehmannResult hl = HodgesLehmannPaired(x, y, 0.95);
+    const PairedHodgesLehmannResult hl = HodgesLehmannPaired(x, y, 0.95);
     ASSERT_TRUE(hl.Computed()) << name;
     ExpectStatistic(hl.fEstimate, r[5], name + "|Hodges-Lehmann estimate (Walsh averages)");
     ExpectStatistic(hl.fLower, r[6], name + "|Hodges-Lehmann lower bound");
@@ -152,8 +152,8 @@ TEST(RelatedPairs, SwappingFieldsFlipsDirectionAndKeepsSignificance) {
     EXPECT_DOUBLE_EQ(ws.fStandardized, -w.fStandardized);
     EXPECT_DOUBLE_EQ(ws.fAsymptoticSig, w.fAsymptoticSig);
     EXPECT_DOUBLE_EQ(ws.fExactSig, w.fExactSig);
-    const HodgesLehmannResult h = HodgesLehmannPaired(x, y, 0.95);
-    const HodgesLehmannResult hs = HodgesLehmannPaired(y, x, 0.95);
+    const PairedHodgesLehmannResult h = HodgesLehmannPaired(x, y, 0.95);
+    const PairedHodgesLehmannResult hs = HodgesLehmannPaired(y, x, 0.95);
     EXPECT_EQ(hs.fEstimate, -h.fEstimate);
     EXPECT_EQ(hs.fLower, -h.fUpper);
     EXPECT_EQ(hs.fUpper, -h.fLower);
@@ -162,7 +162,7 @@ TEST(RelatedPairs, SwappingFieldsFlipsDirectionAndKeepsSignificance) {
 TEST(RelatedPairs, ReorderingCasesChangesNothing) {
     auto [x, y] = RandomPairs(22, 60, 0.5, 0.2);
     const WilcoxonResult w = WilcoxonSignedRank(x, y);
-    const HodgesLehmannResult h = HodgesLehmannPaired(x, y, 0.9);
+    const PairedHodgesLehmannResult h = HodgesLehmannPaired(x, y, 0.9);
     std::vector<std::size_t> order(x.size());
     std::iota(order.begin(), order.end(), std::size_t{0});
     std::shuffle(order.begin(), order.end(), std::mt19937(3));
@@ -176,7 +176,7 @@ TEST(RelatedPairs, ReorderingCasesChangesNothing) {
     EXPECT_EQ(wr.fStatistic, w.fStatistic);
     EXPECT_EQ(wr.fStandardized, w.fStandardized);
     EXPECT_EQ(wr.fAsymptoticSig, w.fAsymptoticSig);
-    const HodgesLehmannResult hr = HodgesLehmannPaired(xr, yr, 0.9);
+    const PairedHodgesLehmannResult hr = HodgesLehmannPaired(xr, yr, 0.9);
     EXPECT_EQ(hr.fEstimate, h.fEstimate);
     EXPECT_EQ(hr.fLower, h.fLower);
     EXPECT_EQ(hr.fUpper, h.fUpper);
@@ -198,7 +198,7 @@ TEST(RelatedPairs, CannotComputeSaysWhy) {
     EXPECT_TRUE(std::isnan(w.fAsymptoticSig));
     EXPECT_EQ(HodgesLehmannPaired(a, a, 1.0).fOutcome, RelatedOutcome::kInvalidLevel);
     // Identical pairs still have an estimate: no difference at all.
-    const HodgesLehmannResult h = HodgesLehmannPaired(a, a, 0.95);
+    const PairedHodgesLehmannResult h = HodgesLehmannPaired(a, a, 0.95);
     ASSERT_TRUE(h.Computed());
     EXPECT_EQ(h.fEstimate, 0.0);
     EXPECT_EQ(h.fLower, 0.0);

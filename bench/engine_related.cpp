@@ -4,7 +4,7 @@
 // sign test) on 10 million pairs. Prints the best of --runs runs (default 3)
 // in milliseconds of processor time and the ratio to the sort.
 //
-//   build/release/bin/bench_related [--runs N] [--scale F]
+//   build/release/bin/engine_related [--runs N] [--scale F]
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>

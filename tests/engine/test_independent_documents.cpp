@@ -1,0 +1,139 @@
+// The independent-samples records end to end: a split is written by the
+// engine's writers into a result document, which the real nptests binary
+// reads and renders; the output must hold every test with its tables and no
+// reader complaint.
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <random>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "engine/doc/Builders.h"
+#include "engine/stats/IndependentKSample.h"
+
+namespace {
+
+struct Split {
+    Variable fScore{"score", "Score", MeasureLevel::kContinuous, StorageType::kDouble, "", {}, {}};
+    Variable fGroup{"group", "Group", MeasureLevel::kNominal, StorageType::kInteger, "", {}, {}};
+    SplitData fData;
+};
+
+// Scores of `sizes[g]` cases in group g (coded 1, 2, ...), rounded so that
+// there are ties, the groups shifted a little apart.
+void Fill(Split& split, const std::vector<std::size_t>& sizes, unsigned seed) {
+    std::mt19937 random(seed);
+    std::normal_distribution<double> normal(50, 10);
+    std::vector<double> scores;
+    std::vector<double> groups;
+    for (std::size_t g = 0; g < sizes.size(); ++g) {
+        for (std::size_t i = 0; i < sizes[g]; ++i) {
+            scores.push_back(std::round(normal(random) + 4.0 * static_cast<double>(g)));
+            groups.push_back(static_cast<double>(g + 1));
+        }
+    }
+    std::vector<Category> categories;
+    for (std::size_t g = 0; g < sizes.size(); ++g) {
+        const std::string text = std::to_string(g + 1);
+        categories.push_back({static_cast<double>(g + 1), text, "Group " + text});
+    }
+    split.fData.fFields = {{&split.fScore, scores, {}}, {&split.fGroup, groups, categories}};
+    split.fData.fCaseNumbers.clear();
+    for (std::size_t i = 0; i < scores.size(); ++i) {
+        split.fData.fCaseNumbers.push_back(static_cast<double>(i + 1));
+    }
+}
+
+std::string Render(const Split& split, const IndependentPlan& plan) {
+    Document doc;
+    doc.SetComment("independent-samples records written by the engine's writers");
+    doc.SetCounts({static_cast<long long>(split.fData.CaseCount()), 0});
+    doc.SetSettings(0.05, 0.95, MissingTreatment::kTestwise);
+    doc.AddField({"score", "Score", MeasureLevel::kContinuous, StorageType::kDouble, {}});
+    std::vector<std::pair<std::string, std::string>> values;
+    std::vector<double> counts;
+    for (const Category& category : split.fData.Categories(1)) {
+        values.emplace_back(category.fText, category.fLabel);
+        double count = 0;
+        for (const double v : split.fData.Values(1)) {
+            count += v == category.fValue;
+        }
+        counts.push_back(count);
+    }
+    doc.AddField({"group", "Group", MeasureLevel::kNominal, StorageType::kInteger, values});
+    doc.AddField({"case", "Case", MeasureLevel::kContinuous, StorageType::kInteger, {}});
+    WriteIndependentTests(split.fData, plan, Criteria{}, doc);
+    const std::vector<double> scores(split.fData.Values(0).begin(), split.fData.Values(0).end());
+    const std::vector<HistogramBin> bins{{50, static_cast<double>(scores.size())}};
+    doc.AddContinuousInfo(0, static_cast<double>(scores.size()), 0, 100, 50, 10, bins);
+    doc.AddCategoricalInfo(1, static_cast<double>(scores.size()), counts);
+
+    const std::filesystem::path file =
+        std::filesystem::path(testing::TempDir()) / "independent_documents.xml";
+    std::ofstream(file) << doc.Write();
+    const std::string command = std::string(NPTESTS_BINARY) + " -f json " + file.string() + " 2>&1";
+    std::string output;
+    if (FILE* pipe = popen(command.c_str(), "r")) {
+        char buffer[4096];
+        std::size_t got = 0;
+        while ((got = fread(buffer, 1, sizeof buffer, pipe)) > 0) {
+            output.append(buffer, got);
+        }
+        EXPECT_EQ(pclose(pipe), 0) << output;
+    }
+    return output;
+}
+
+bool Has(const std::string& text, const std::string& part) {
+    return text.find(part) != std::string::npos;
+}
+
+} // namespace
+
+TEST(IndependentDocuments, EveryTestRendersWithItsTables) {
+    if (!std::filesystem::exists(NPTESTS_BINARY)) {
+        GTEST_SKIP() << "nptests is not built";
+    }
+    Split two;
+    Fill(two, {14, 17}, 1);
+    IndependentPlan plan;
+    plan.fFields = {0};
+    plan.fGroupField = 1;
+    plan.fMannWhitney = plan.fWaldWolfowitz = plan.fKolmogorovSmirnov = true;
+    plan.fMoses = MosesOptions{};
+    plan.fHodgesLehmann = true;
+    plan.fMedian = MedianOptions{};
+    const std::string out = Render(two, plan);
+    for (const char* title :
+         {"Independent-Samples Mann-Whitney U Test", "Independent-Samples Wald-Wolfowitz Runs Test",
+          "Independent-Samples Kolmogorov-Smirnov Test",
+          "Independent-Samples Moses Test of Extreme Reaction", "Independent-Samples Median Test",
+          "Confidence Interval Summary"}) {
+        EXPECT_TRUE(Has(out, title)) << title << "\n" << out.substr(0, 3000);
+    }
+    EXPECT_FALSE(Has(out, "Not parse element")) << out.substr(0, 3000);
+    EXPECT_TRUE(Has(out, "\"messages\": []"))
+        << out.substr(out.size() > 2000 ? out.size() - 2000 : 0);
+
+    Split four;
+    Fill(four, {12, 15, 11, 13}, 2);
+    IndependentPlan kPlan;
+    kPlan.fFields = {0};
+    kPlan.fGroupField = 1;
+    kPlan.fKruskalWallis = KruskalWallisOptions{Compare::kPairwise};
+    kPlan.fJonckheere = JonckheereOptions{true, Compare::kStepwise};
+    kPlan.fMedian = MedianOptions{true, 0, Compare::kPairwise};
+    kPlan.fMannWhitney = true; // more groups than it compares: kept, with its message
+    const std::string k = Render(four, kPlan);
+    for (const char* title :
+         {"Independent-Samples Kruskal-Wallis Test", "Independent-Samples Jonckheere-Terpstra Test",
+          "Pairwise Comparisons of Score", "Homogeneous Subsets based on Score",
+          "Significances are adjusted for multiple tests by the Bonferroni correction.",
+          "The test cannot be computed for the values of this field."}) {
+        EXPECT_TRUE(Has(k, title)) << title;
+    }
+    EXPECT_FALSE(Has(k, "Not parse element"));
+    EXPECT_TRUE(Has(k, "\"messages\": []"));
+}
