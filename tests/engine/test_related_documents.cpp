@@ -12,6 +12,7 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
+#include "engine/RReference.h"
 #include "engine/doc/Builders.h"
 #include "engine/stats/RelatedKSamples.h"
 #include "engine/stats/RelatedPairs.h"
@@ -241,4 +242,123 @@ TEST(RelatedDocuments, EveryTestRendersThroughNptests) {
     EXPECT_NE(FindTable(tables, "Homogeneous Subsets"), nullptr);
     EXPECT_NE(FindTable(tables, "Related-Samples McNemar Change Test Summary"), nullptr);
     EXPECT_NE(FindTable(tables, "Related-Samples Marginal Homogeneity Test Summary"), nullptr);
+}
+
+namespace {
+
+// Runs nptests on a CSV file with a command and returns the parsed JSON.
+json RunOnData(const std::filesystem::path& csv, const std::filesystem::path& dictionary,
+               const std::string& command) {
+    const std::filesystem::path out = csv.parent_path() / (csv.stem().string() + ".json");
+    const std::string line = std::string(NPTESTS_BINARY) + " --data " + csv.string() +
+                             " --dictionary " + dictionary.string() + " -c \"" + command +
+                             "\" -f json -o " + out.string() + " 2>&1";
+    EXPECT_EQ(std::system(line.c_str()), 0) << line;
+    std::ifstream in(out);
+    return json::parse(in, nullptr, false);
+}
+
+// The significance shown in the summary row of test `title`.
+double SummarySig(const std::vector<json>& tables, const std::string& title) {
+    const json* summary = FindTable(tables, "Hypothesis Test Summary");
+    if (summary) {
+        for (const json& row : (*summary)["rows"]) {
+            if (row["cells"][1]["text"] == title && row["cells"][2]["value"].is_number()) {
+                return row["cells"][2]["value"];
+            }
+        }
+    }
+    return std::nan("");
+}
+
+} // namespace
+
+TEST(RelatedDocuments, FromCsvDataAgreesWithR) {
+    if (!std::filesystem::exists(NPTESTS_BINARY) || !HaveR()) {
+        GTEST_SKIP() << "needs nptests and Rscript";
+    }
+    const std::filesystem::path dir = std::filesystem::path(testing::TempDir()) / "related_e2e";
+    std::filesystem::create_directories(dir);
+    // R writes its own data sets as CSV files and computes the references:
+    // the sleep study side by side, friedman.test's rounding times, and hot,
+    // windy and high-ozone days of airquality (missing ozone readings left
+    // empty, so that those days leave the test).
+    const std::vector<double> r = RunR("setwd('" + dir.string() + "')\n" + R"(
+s <- data.frame(drug1 = sleep$extra[1:10], drug2 = sleep$extra[11:20])
+write.csv(s, "sleep.csv", row.names = FALSE)
+d <- s$drug2 - s$drug1; nz <- d[d != 0]
+cat(wilcox.test(s$drug2, s$drug1, paired = TRUE, exact = FALSE, correct = FALSE)$statistic,
+    suppressMessages(exactRankTests::wilcox.exact(s$drug2, s$drug1, paired = TRUE))$p.value,
+    binom.test(sum(nz > 0), length(nz))$p.value, "\n")
+m <- matrix(c(5.40, 5.50, 5.55, 5.85, 5.70, 5.75, 5.20, 5.60, 5.50, 5.55, 5.50, 5.40, 5.90, 5.85,
+  5.70, 5.45, 5.55, 5.60, 5.40, 5.40, 5.35, 5.45, 5.50, 5.35, 5.25, 5.15, 5.00, 5.85, 5.80, 5.70,
+  5.25, 5.20, 5.10, 5.65, 5.55, 5.45, 5.60, 5.35, 5.45, 5.05, 5.00, 4.95, 5.50, 5.50, 5.40, 5.45,
+  5.55, 5.50, 5.55, 5.55, 5.35, 5.45, 5.50, 5.55, 5.50, 5.45, 5.25, 5.65, 5.60, 5.40, 5.70, 5.65,
+  5.55, 6.30, 6.30, 6.25), nrow = 22, byrow = TRUE)
+write.csv(data.frame(round = m[, 1], narrow = m[, 2], wide = m[, 3]), "rounding.csv",
+          row.names = FALSE)
+f <- friedman.test(m)
+cat(f$statistic, f$p.value, f$statistic / (22 * 2), "\n")
+a <- data.frame(hot = 1 * (airquality$Temp > 80), windy = 1 * (airquality$Wind > 9),
+                ozone = 1 * (airquality$Ozone > 40))
+write.csv(a, "air.csv", row.names = FALSE, na = "")
+x <- as.matrix(na.omit(a)); k <- 3; T <- colSums(x); R <- rowSums(x); N <- sum(T)
+Q <- (k - 1) * (k * sum(T^2) - N^2) / (k * N - sum(R^2))
+cat(nrow(x), Q, pchisq(Q, k - 1, lower.tail = FALSE), "\n")
+)");
+    ASSERT_EQ(r.size(), 9u);
+    // Each data file names only its own variables.
+    const auto dictionary = [&](const std::string& name, const std::string& variables) {
+        std::ofstream(dir / name) << "{\"variables\": [" << variables << "]}";
+        return dir / name;
+    };
+
+    std::vector<json> tables;
+    Tables(RunOnData(dir / "sleep.csv",
+                     dictionary("sleep.json", R"({"name": "drug1"}, {"name": "drug2"})"),
+                     "NPTESTS /RELATED TEST(drug1 drug2) SIGN WILCOXON HODGES_LEHMAN.")["items"],
+           tables);
+    const json* wilcoxon = FindTable(tables, "Related-Samples Wilcoxon Signed Rank Test Summary");
+    ASSERT_NE(wilcoxon, nullptr);
+    EXPECT_NEAR(StatisticsValue(*wilcoxon, "Test Statistic"), r[0], 1e-9);
+    EXPECT_NEAR(SummarySig(tables, "Related-Samples Wilcoxon Signed Rank Test"), r[1], 1e-6);
+    EXPECT_NEAR(SummarySig(tables, "Related-Samples Sign Test"), r[2], 1e-6);
+    EXPECT_NE(FindTable(tables, "Confidence Interval Summary"), nullptr);
+
+    tables.clear();
+    Tables(RunOnData(dir / "rounding.csv",
+                     dictionary("rounding.json",
+                                R"({"name": "round"}, {"name": "narrow"}, {"name": "wide"})"),
+                     "NPTESTS /RELATED TEST(round narrow wide) FRIEDMAN(COMPARE=STEPWISE) "
+                     "KENDALL(COMPARE=PAIRWISE).")["items"],
+           tables);
+    const json* friedman = FindTable(
+        tables, "Related-Samples Friedman's Two-Way Analysis of Variance by Ranks Summary");
+    ASSERT_NE(friedman, nullptr);
+    EXPECT_NEAR(StatisticsValue(*friedman, "Test Statistic"), r[3], 1e-9);
+    EXPECT_NEAR(
+        SummarySig(tables, "Related-Samples Friedman's Two-Way Analysis of Variance by Ranks"),
+        r[4], 1e-6);
+    const json* kendall =
+        FindTable(tables, "Related-Samples Kendall's Coefficient of Concordance Summary");
+    ASSERT_NE(kendall, nullptr);
+    EXPECT_NEAR(StatisticsValue(*kendall, "Kendall's W"), r[5], 1e-9);
+    EXPECT_NE(FindTable(tables, "Homogeneous Subsets"), nullptr);
+    const json* pairs = FindTable(tables, "Pairwise Comparisons");
+    ASSERT_NE(pairs, nullptr);
+    EXPECT_EQ((*pairs)["rows"].size(), 3u);
+
+    tables.clear();
+    Tables(RunOnData(dir / "air.csv",
+                     dictionary("air.json", R"({"name": "hot", "measure": "nominal"},
+                                {"name": "windy", "measure": "nominal"},
+                                {"name": "ozone", "measure": "nominal"})"),
+                     "NPTESTS /RELATED TEST(hot windy ozone) COCHRAN(SUCCESS=LIST(1) "
+                     "COMPARE=PAIRWISE).")["items"],
+           tables);
+    const json* cochran = FindTable(tables, "Related-Samples Cochran's Q Test Summary");
+    ASSERT_NE(cochran, nullptr);
+    EXPECT_EQ(StatisticsValue(*cochran, "Total N"), r[6]);
+    EXPECT_NEAR(StatisticsValue(*cochran, "Test Statistic"), r[7], 1e-9);
+    EXPECT_NEAR(SummarySig(tables, "Related-Samples Cochran's Q Test"), r[8], 1e-6);
 }
