@@ -25,7 +25,9 @@ void AddDistinct(std::vector<double>& values, double value) {
 
 CategoryCrosstab Crosstab(std::span<const double> first, std::span<const double> second) {
     CategoryCrosstab table;
-    if (first.size() != second.size()) {
+    const auto isNaN = [](double v) { return std::isnan(v); };
+    if (first.size() != second.size() || std::any_of(first.begin(), first.end(), isNaN) ||
+        std::any_of(second.begin(), second.end(), isNaN)) {
         return table;
     }
     table.fCategories.assign(first.begin(), first.end());
@@ -109,6 +111,12 @@ MarginalHomogeneityResult MarginalHomogeneity(std::span<const double> first,
     result.fTotalN = first.size();
     if (result.fTotalN < 2) {
         result.fOutcome = RelatedOutcome::kTooFewCases;
+        return result;
+    }
+    const auto finite = [](double v) { return std::isfinite(v); };
+    if (!std::all_of(first.begin(), first.end(), finite) ||
+        !std::all_of(second.begin(), second.end(), finite)) {
+        result.fOutcome = RelatedOutcome::kNotFinite;
         return result;
     }
     result.fCrosstab = Crosstab(first, second);

@@ -14,7 +14,7 @@
 
 // Counts of the cases by the category of the first field (rows) and of the
 // second (columns). The categories are the distinct values of both fields
-// together, ascending.
+// together, ascending. Empty when the lengths differ or a value is NaN.
 struct CategoryCrosstab {
     std::vector<double> fCategories;
     std::vector<double> fCounts; // row-major, fCategories.size() squared

@@ -139,8 +139,10 @@ FriedmanResult Friedman(RelatedColumns columns) {
                 order[b] = moving;
             }
         } else {
-            std::sort(order.begin(), order.end(),
-                      [&](std::size_t x, std::size_t y) { return row[x] < row[y]; });
+            // NaN sorts last, so that the order stays strict and weak.
+            std::sort(order.begin(), order.end(), [&](std::size_t x, std::size_t y) {
+                return row[x] < row[y] || (!std::isnan(row[x]) && std::isnan(row[y]));
+            });
         }
         for (std::size_t first = 0; first < k;) {
             std::size_t last = first + 1;

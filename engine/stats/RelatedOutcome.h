@@ -12,6 +12,7 @@ enum class RelatedOutcome {
     kOneCategory,        // the fields hold fewer than two categories between them
     kNoVariance,         // every case is constant across the fields
     kInvalidLevel,       // a confidence level outside (0, 1)
+    kNotFinite,          // a value or a difference is not a finite number
 };
 
 // A short English reason for the outcome, for messages and test output.
@@ -33,6 +34,8 @@ inline const char* RelatedOutcomeText(RelatedOutcome outcome) {
         return "every case has the same value in all fields";
     case RelatedOutcome::kInvalidLevel:
         return "the confidence level is not between 0 and 1";
+    case RelatedOutcome::kNotFinite:
+        return "a value or a difference is not a finite number";
     }
     return "unknown";
 }

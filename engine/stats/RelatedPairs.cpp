@@ -322,6 +322,9 @@ double SortedWalshOrderStatistic(const std::vector<double>& x, std::size_t k) {
 } // namespace
 
 double WalshAverageOrderStatistic(std::span<const double> values, std::size_t k) {
+    if (!std::all_of(values.begin(), values.end(), [](double v) { return std::isfinite(v); })) {
+        return kRelatedNoValue;
+    }
     std::vector<double> x(values.begin(), values.end());
     std::sort(x.begin(), x.end());
     return SortedWalshOrderStatistic(x, k);
@@ -345,6 +348,10 @@ PairedHodgesLehmannResult HodgesLehmannPaired(std::span<const double> first,
         return result;
     }
     std::vector<double> d = PairedDifferences(first, second);
+    if (!std::all_of(d.begin(), d.end(), [](double v) { return std::isfinite(v); })) {
+        result.fOutcome = RelatedOutcome::kNotFinite;
+        return result;
+    }
     std::sort(d.begin(), d.end());
     const std::size_t n = d.size();
     const std::size_t total = n * (n + 1) / 2;

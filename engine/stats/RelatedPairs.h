@@ -89,7 +89,8 @@ PairedHodgesLehmannResult HodgesLehmannPaired(std::span<const double> first,
                                               std::span<const double> second, double level);
 
 // The k-th smallest (1-based) of the Walsh averages (d_i + d_j)/2, i <= j,
-// of `values`; 1 <= k <= n(n+1)/2.
+// of `values`; 1 <= k <= n(n+1)/2. NaN for another k or when a value is not
+// finite.
 double WalshAverageOrderStatistic(std::span<const double> values, std::size_t k);
 
 // Histogram of the differences: bins of `width` aligned on multiples of it,

@@ -217,4 +217,7 @@ TEST(RelatedCategories, CrosstabAndCannotCompute) {
     EXPECT_EQ(McNemar(same, same, success).fOutcome, RelatedOutcome::kAllDifferencesZero);
     EXPECT_EQ(McNemar(one, one, success).fOutcome, RelatedOutcome::kTooFewCases);
     EXPECT_EQ(McNemar({}, {}, success).fOutcome, RelatedOutcome::kTooFewCases);
+    const std::vector<double> withNaN{1, std::nan(""), 2};
+    EXPECT_EQ(MarginalHomogeneity(withNaN, same).fOutcome, RelatedOutcome::kNotFinite);
+    EXPECT_TRUE(Crosstab(withNaN, same).fCategories.empty());
 }

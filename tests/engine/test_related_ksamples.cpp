@@ -321,6 +321,21 @@ TEST(RelatedKSamples, KendallsWLiesInTheUnitInterval) {
     EXPECT_DOUBLE_EQ(Friedman(Spans(agree)).fKendallW, 1.0);
 }
 
+TEST(RelatedKSamples, ManyFieldsWithNaNDoNotBreakTheRanking) {
+    auto fields = RandomFields(71, 20, 70, 5, 0.1);
+    fields[3][4] = std::nan("");
+    fields[60][4] = std::nan("");
+    const FriedmanResult result = Friedman(Spans(fields));
+    ASSERT_EQ(result.fRankCounts.size(), 70u);
+    double counted = 0;
+    for (const auto& counts : result.fRankCounts) {
+        for (const RankCount& c : counts) {
+            counted += c.fCount;
+        }
+    }
+    EXPECT_EQ(counted, 20.0 * 70.0);
+}
+
 TEST(RelatedKSamples, CannotComputeSaysWhy) {
     const std::vector<double> a{1, 2, 3};
     const std::vector<double> b{1, 2};

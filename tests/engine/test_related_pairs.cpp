@@ -197,6 +197,12 @@ TEST(RelatedPairs, CannotComputeSaysWhy) {
     EXPECT_EQ(w.fCounts.fTies, 3u);
     EXPECT_TRUE(std::isnan(w.fAsymptoticSig));
     EXPECT_EQ(HodgesLehmannPaired(a, a, 1.0).fOutcome, RelatedOutcome::kInvalidLevel);
+    // A difference beyond the doubles (no reader lets one through) is refused.
+    const std::vector<double> huge{-1.7e308, 0, 1};
+    const std::vector<double> other{1.7e308, 0, 2};
+    EXPECT_EQ(HodgesLehmannPaired(huge, other, 0.95).fOutcome, RelatedOutcome::kNotFinite);
+    EXPECT_TRUE(std::isnan(WalshAverageOrderStatistic(PairedDifferences(huge, other), 1)));
+    EXPECT_TRUE(WilcoxonSignedRank(huge, other).Computed());
     // Identical pairs still have an estimate: no difference at all.
     const PairedHodgesLehmannResult h = HodgesLehmannPaired(a, a, 0.95);
     ASSERT_TRUE(h.Computed());
