@@ -11,6 +11,7 @@
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
+#include <pugixml.hpp>
 
 #include "engine/RReference.h"
 #include "engine/doc/Builders.h"
@@ -361,4 +362,32 @@ cat(nrow(x), Q, pchisq(Q, k - 1, lower.tail = FALSE), "\n")
     EXPECT_EQ(StatisticsValue(*cochran, "Total N"), r[6]);
     EXPECT_NEAR(StatisticsValue(*cochran, "Test Statistic"), r[7], 1e-9);
     EXPECT_NEAR(SummarySig(tables, "Related-Samples Cochran's Q Test"), r[8], 1e-6);
+}
+
+TEST(RelatedDocuments, TestsChosenByMeasurementLevelAndFieldCount) {
+    const TestSplit split;
+    const struct {
+        std::vector<int> fields;
+        const char* algorithm;
+    } cases[] = {{{0, 1}, "RWilcoxonSignedRanks"},
+                 {{0, 1, 2}, "RFriedmansTwoWayByRanks"},
+                 {{3, 4}, "RMcNemar"},
+                 {{3, 4, 5}, "RCochransQ"},
+                 {{6, 7}, "RMarginalHomogeneity"},
+                 {{0, 6}, "RWilcoxonSignedRanks"},
+                 {{6, 7, 0}, "RFriedmansTwoWayByRanks"}};
+    for (const auto& c : cases) {
+        Document doc;
+        split.AddDictionary(doc);
+        RelatedPlan plan;
+        plan.fFields = c.fields;
+        plan.fChooseTests = true;
+        WriteRelatedTests(split.fData, plan, Criteria{}, doc);
+        pugi::xml_document parsed;
+        ASSERT_TRUE(parsed.load_string(doc.Write().c_str()));
+        const pugi::xml_node tests =
+            parsed.first_element_by_path("StatXML/Extension/NPAROutput/NonParametricTests");
+        ASSERT_EQ(doc.AlgorithmCount(), 1);
+        EXPECT_STREQ(tests.child("Algorithm").attribute("name").value(), c.algorithm);
+    }
 }
