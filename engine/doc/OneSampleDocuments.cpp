@@ -113,6 +113,20 @@ std::vector<double> InOrderMet(std::span<const double> values) {
     return met;
 }
 
+// The command values of the field's type (numbers for a numeric field, texts
+// for a string field), kept in `store`.
+std::span<const CommandValue> OfType(const SplitData& data, int field,
+                                     const std::vector<CommandValue>& values,
+                                     std::vector<CommandValue>& store) {
+    store.clear();
+    for (const CommandValue& value : values) {
+        if (value.fIsText == data.GetVariable(field).IsString()) {
+            store.push_back(value);
+        }
+    }
+    return store;
+}
+
 std::vector<double> Sorted(std::vector<double> values) {
     std::sort(values.begin(), values.end());
     values.erase(std::unique(values.begin(), values.end()), values.end());
@@ -137,6 +151,7 @@ private:
     const SplitData& fData;
     const Criteria& fCriteria;
     Document& fDoc;
+    std::vector<CommandValue> fWritten; // the command values of the field in hand
 };
 
 void OneSampleWriter::ChiSquare(int field, const ChiSquareOptions& options) {
@@ -205,10 +220,10 @@ void OneSampleWriter::Binomial(int field, const BinomialOptions& options) {
                 success.push_back(met.front());
             }
         } else {
-            for (const CommandValue& value : options.fSuccess.fList) {
+            written = OfType(fData, field, options.fSuccess.fList, fWritten);
+            for (const CommandValue& value : written) {
                 success.push_back(ValueOf(fData, field, value));
             }
-            written = options.fSuccess.fList;
         }
         std::vector<double> failure;
         for (double value : Sorted(values)) {
@@ -328,9 +343,16 @@ void OneSampleWriter::Runs(int field, const RunsOptions& options) {
                 }
             }
         } else {
-            first.push_back(ValueOf(fData, field, options.fGroups.fList[0]));
-            second.push_back(ValueOf(fData, field, options.fGroups.fList[1]));
-            written = options.fGroups.fList;
+            written = OfType(fData, field, options.fGroups.fList, fWritten);
+            if (written.size() != 2) {
+                Algorithm test = fDoc.AddAlgorithm("ORuns", Classification::kOneSample,
+                                                   Decision::kUnableToCompute);
+                test.Condition("ACutPointIsSpecified_O_Runs_2", {index, kSysMis});
+                Unable(test, OneSampleReason::kBadParameter);
+                return;
+            }
+            first.push_back(ValueOf(fData, field, written[0]));
+            second.push_back(ValueOf(fData, field, written[1]));
         }
         std::vector<double> firstKnown, secondKnown;
         for (double v : first) {
