@@ -198,6 +198,9 @@ bool RunEngine(const Dataset& data, const CommandSpec& command, const EngineOpti
     if (!plan) {
         return false;
     }
+    if (options.fSeed) {
+        plan->fCriteria.fSeed = *options.fSeed;
+    }
     std::vector<int> splitBy;
     if (!ResolveSplitBy(data, options.fSplitBy, splitBy, error)) {
         return false;
