@@ -317,12 +317,11 @@ bool SaveDocuments(const std::string& folder, const std::vector<CFSplitDocument>
                        plan.dump(2) + "\n");
 }
 
-// With --data: reads the data and the dictionary, parses the command and has
-// the engine write one document per split. Returns an exit status, kExitOk
-// when the splits are ready.
-int ComputeSplits(const Options& options, const CommandDescriptor& grammar,
-                  std::unique_ptr<VEXA_DataSource>& dataSource,
-                  std::unique_ptr<CommandSpec>& command, std::vector<CFSplitDocument>& splits) {
+// With --data: reads the data and the dictionary and parses the command.
+// Returns an exit status, kExitOk when all is read.
+int LoadData(const Options& options, const CommandDescriptor& grammar,
+             std::unique_ptr<VEXA_DataSource>& dataSource, std::unique_ptr<CommandSpec>& command,
+             Dataset& data) {
     std::unique_ptr<VEXA_DataSource> dictionary;
     if (!options.fDictionaryFile.empty()) {
         std::string text, error;
@@ -338,7 +337,6 @@ int ComputeSplits(const Options& options, const CommandDescriptor& grammar,
             return kExitUsage;
         }
     }
-    Dataset data;
     std::string error;
     const bool progress = ShowProgress();
     const bool read = ReadDataFile(options.fDataFile, dictionary.get(), data, error,
@@ -352,10 +350,18 @@ int ComputeSplits(const Options& options, const CommandDescriptor& grammar,
     }
     dataSource = HostDataSource(data);
     command = ParseCommand(options, *dataSource, grammar);
-    if (!command) {
-        return kExitUsage;
-    }
+    return command ? kExitOk : kExitUsage;
+}
+
+// With --data: has the engine write one document per split, with the seed
+// the procedure chose for its Monte Carlo notes. Returns an exit status,
+// kExitOk when the splits are ready.
+int ComputeSplits(const Options& options, const Dataset& data, const CommandSpec& command,
+                  std::uint32_t seed, std::vector<CFSplitDocument>& splits) {
+    std::string error;
+    const bool progress = ShowProgress();
     EngineOptions engine;
+    engine.fSeed = seed;
     engine.fDataName = std::filesystem::path(options.fDataFile).filename().string();
     engine.fSplitBy = options.fSplitBy;
     if (progress) {
@@ -366,7 +372,7 @@ int ComputeSplits(const Options& options, const CommandDescriptor& grammar,
         };
     }
     std::vector<SplitDocument> documents;
-    const bool ran = RunEngine(data, *command, engine, documents, error);
+    const bool ran = RunEngine(data, command, engine, documents, error);
     if (progress) {
         std::fprintf(stderr, "\r%50s\r", "");
     }
@@ -405,12 +411,13 @@ int Run(const Options& options) {
     std::unique_ptr<VEXA_DataSource> dataSource;
     std::unique_ptr<CommandSpec> command;
     size_t readable = 0;
+    std::unique_ptr<Dataset> data;
     if (!options.fDataFile.empty()) {
-        const int status = ComputeSplits(options, grammar, dataSource, command, splits);
+        data = std::make_unique<Dataset>();
+        const int status = LoadData(options, grammar, dataSource, command, *data);
         if (status != kExitOk) {
             return status;
         }
-        readable = splits.size();
     } else {
         SplitPlan plan;
         if (!PlanSplits(options, plan)) {
@@ -461,6 +468,14 @@ int Run(const Options& options) {
     if (!commandOk) {
         std::cerr << "nptests: the " << grammar.getCommandName() << " command cannot be run\n";
         return kExitUsage;
+    }
+    if (data) {
+        const int status = ComputeSplits(options, *data, *command,
+                                         static_cast<std::uint32_t>(procedure->fSeed), splits);
+        if (status != kExitOk) {
+            return status;
+        }
+        readable = splits.size();
     }
 
     const MissingStrings missing(options.fMissingStrings);

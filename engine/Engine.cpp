@@ -13,6 +13,7 @@
 #include "engine/doc/Builders.h"
 #include "engine/doc/StatXml.h"
 #include "engine/plan/AnalysisPlan.h"
+#include "engine/stats/OneSample.h"
 
 namespace {
 // The categories of a categorical variable over the whole data: its valid
@@ -111,42 +112,11 @@ std::vector<double> FieldValues(const Dataset& data, int index, const SplitData:
     return values;
 }
 
-// A width of 1, 2 or 5 times a power of ten near `raw`.
-double NiceWidth(double raw) {
-    const double power = std::pow(10.0, std::floor(std::log10(raw)));
-    const double scaled = raw / power;
-    return (scaled <= 1 ? 1 : scaled <= 2 ? 2 : scaled <= 5 ? 5 : 10) * power;
-}
-
-// Histogram bins of a continuous field: whole numbers over a short range get
-// one bin per number; otherwise about 1 + log2(n) bins of a round width,
-// aligned on multiples of the width.
-std::vector<HistogramBin> Histogram(std::span<const double> values, double min, double max) {
+// Histogram bins of a continuous field, as the one-sample statistics choose them.
+std::vector<HistogramBin> Histogram(std::span<const double> values) {
     std::vector<HistogramBin> bins;
-    if (values.empty()) {
-        return bins;
-    }
-    const bool whole =
-        std::all_of(values.begin(), values.end(), [](double v) { return v == std::trunc(v); });
-    double width = 1;
-    double start = 0;
-    if (whole && max - min <= 30) {
-        start = min - 0.5;
-    } else {
-        const double bins0 = std::ceil(std::log2(static_cast<double>(values.size()))) + 1;
-        width = max > min ? NiceWidth((max - min) / bins0) : 1;
-        start = std::floor(min / width) * width;
-    }
-    const std::size_t count =
-        static_cast<std::size_t>(std::min(1000.0, std::floor((max - start) / width) + 1));
-    bins.resize(count);
-    for (std::size_t i = 0; i < count; ++i) {
-        bins[i].fMidpoint = start + (static_cast<double>(i) + 0.5) * width;
-    }
-    for (double value : values) {
-        const double at = std::floor((value - start) / width);
-        const std::size_t bin = static_cast<std::size_t>(std::clamp(at, 0.0, double(count - 1)));
-        bins[bin].fCount += 1;
+    for (const ValueBin& bin : MakeHistogram(values).fBins) {
+        bins.push_back({bin.fMidpoint, static_cast<double>(bin.fCount)});
     }
     return bins;
 }
@@ -178,8 +148,7 @@ void AddFieldInfo(const SplitData& split, int field, Document& doc) {
         squares += (value - mean) * (value - mean);
     }
     const double sd = valid.size() > 1 ? std::sqrt(squares / (total - 1)) : kSysMis;
-    doc.AddContinuousInfo(split.DocumentIndex(field), total, *lo, *hi, mean, sd,
-                          Histogram(valid, *lo, *hi));
+    doc.AddContinuousInfo(split.DocumentIndex(field), total, *lo, *hi, mean, sd, Histogram(valid));
 }
 
 DocumentField MakeDocumentField(const Variable& variable, const std::vector<Category>& categories) {
@@ -228,6 +197,9 @@ bool RunEngine(const Dataset& data, const CommandSpec& command, const EngineOpti
     std::optional<AnalysisPlan> plan = MakeAnalysisPlan(command, data, error);
     if (!plan) {
         return false;
+    }
+    if (options.fSeed) {
+        plan->fCriteria.fSeed = *options.fSeed;
     }
     std::vector<int> splitBy;
     if (!ResolveSplitBy(data, options.fSplitBy, splitBy, error)) {
@@ -286,24 +258,26 @@ bool RunEngine(const Dataset& data, const CommandSpec& command, const EngineOpti
             SplitData::Field& entry = split.fFields[static_cast<std::size_t>(field)];
             entry.fValues = FieldValues(data, field, entry, allRows, includeUser);
         }
+        for (std::size_t row : allRows) {
+            split.fCaseNumbers.push_back(static_cast<double>(row + 1));
+        }
         // Listwise: a case missing on any field of the command leaves every test.
-        std::vector<std::size_t> kept(allRows.size());
-        std::iota(kept.begin(), kept.end(), 0);
+        std::size_t dropped = 0;
         if (plan->fMissing.fListwise) {
-            kept = split.ValidCases(fields);
-            for (int field : fields) {
-                std::vector<double>& values =
-                    split.fFields[static_cast<std::size_t>(field)].fValues;
+            const std::vector<std::size_t> kept = split.ValidCases(fields);
+            dropped = allRows.size() - kept.size();
+            auto keep = [&](std::vector<double>& values) {
                 std::vector<double> keptValues;
                 keptValues.reserve(kept.size());
                 for (std::size_t at : kept) {
                     keptValues.push_back(values[at]);
                 }
                 values = std::move(keptValues);
+            };
+            for (int field : fields) {
+                keep(split.fFields[static_cast<std::size_t>(field)].fValues);
             }
-        }
-        for (std::size_t at : kept) {
-            split.fCaseNumbers.push_back(static_cast<double>(allRows[at] + 1));
+            keep(split.fCaseNumbers);
         }
 
         Document doc;
@@ -315,8 +289,7 @@ bool RunEngine(const Dataset& data, const CommandSpec& command, const EngineOpti
                        FormatNumber(key[k]);
         }
         doc.SetComment(comment);
-        doc.SetCounts({static_cast<long long>(allRows.size()),
-                       static_cast<long long>(allRows.size() - kept.size())});
+        doc.SetCounts({static_cast<long long>(allRows.size()), static_cast<long long>(dropped)});
         doc.SetSettings(plan->fCriteria.fAlpha, plan->fCriteria.fCILevel / 100.0,
                         plan->fMissing.fListwise ? MissingTreatment::kListwise
                                                  : MissingTreatment::kTestwise);

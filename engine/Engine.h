@@ -2,7 +2,9 @@
 // document per split of the data, as the procedure module reads them.
 #pragma once
 
+#include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -12,6 +14,9 @@ class Dataset;
 struct EngineOptions {
     std::string fDataName;             // the data file, named in each document's comment
     std::vector<std::string> fSplitBy; // split variables; none: one split of every case
+    // The seed of the Monte Carlo significances when the caller chose it (the
+    // procedure draws one for SEED=RANDOM); else the command's.
+    std::optional<std::uint32_t> fSeed;
     // Called before each split is computed with its number (from 0) and the count.
     std::function<void(std::size_t split, std::size_t splits)> fProgress;
 };

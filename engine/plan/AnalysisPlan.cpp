@@ -119,14 +119,17 @@ std::vector<int> Planner::Fields(const SubComObj& sub, const char* what) {
 
 void Planner::CheckValues(const std::vector<CommandValue>& values, const std::vector<int>& fields,
                           const std::string& where) {
+    // A list may serve numeric and string fields at once; each field takes the
+    // values of its type and needs at least one.
     for (int field : fields) {
         const Variable& variable = fData.GetVariable(field);
-        for (const CommandValue& value : values) {
-            if (value.fIsText != variable.IsString()) {
-                Fail(where + ": " + variable.fName + " is a " +
-                     (variable.IsString() ? "string variable; quote its values ('a')"
-                                          : "numeric variable; give numbers"));
-            }
+        const bool fits = std::any_of(values.begin(), values.end(), [&](const CommandValue& v) {
+            return v.fIsText == variable.IsString();
+        });
+        if (!values.empty() && !fits) {
+            Fail(where + ": " + variable.fName + " is a " +
+                 (variable.IsString() ? "string variable; quote its values ('a')"
+                                      : "numeric variable; give numbers"));
         }
     }
 }
@@ -274,8 +277,8 @@ OneSamplePlan Planner::OneSample(const SubComObj& sub) {
         RunsOptions options;
         options.fGroups = Selection(Find(list, "GROUPCATEGORICAL"), "SAMPLE",
                                     "RUNS GROUPCATEGORICAL", plan.fFields);
-        if (!options.fGroups.fFirst && options.fGroups.fList.size() != 2) {
-            Fail("RUNS GROUPCATEGORICAL=LIST needs exactly two values, the two groups");
+        if (!options.fGroups.fFirst && options.fGroups.fList.size() < 2) {
+            Fail("RUNS GROUPCATEGORICAL=LIST needs two values, one for each group");
         }
         const ParamObj* continuous = Find(list, "GROUPCONTINUOUS");
         options.fCut = Cut(continuous, CutPoint::kSampleMedian);
