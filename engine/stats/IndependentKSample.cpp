@@ -311,14 +311,14 @@ double FisherExact2x2(std::size_t a, std::size_t b, std::size_t c, std::size_t d
     const boost::math::hypergeometric_distribution<double> h(column, row, n);
     const std::size_t low = row + column > n ? row + column - n : 0;
     const std::size_t high = std::min(row, column);
-    // Terms farther than 40 standard deviations from the mean are below any
-    // double's resolution of the sum; leave them out on large tables.
+    // Terms farther than 12 standard deviations from the mean are below
+    // 1e-30 of the largest; leave them out on large tables.
     const double nn = static_cast<double>(n);
     const double mean = static_cast<double>(row) * static_cast<double>(column) / nn;
     const double sd = nn > 1 ? std::sqrt(mean * (1 - static_cast<double>(column) / nn) *
                                          (nn - static_cast<double>(row)) / (nn - 1))
                              : 0;
-    const double reach = 40 * sd + 2;
+    const double reach = 12 * sd + 2;
     const auto from = static_cast<std::size_t>(std::max(static_cast<double>(low), mean - reach));
     const auto to = static_cast<std::size_t>(std::min(static_cast<double>(high), mean + reach));
     // The same relative tolerance for "no more likely" as R's fisher.test.

@@ -46,22 +46,32 @@ double TwoSidedNormal(double z) {
     return 2 * boost::math::cdf(boost::math::complement(normal, std::fabs(z)));
 }
 
-// log C(n, k) for 0 <= k <= n.
-double LogChoose(double n, double k) {
-    return boost::math::lgamma(n + 1) - boost::math::lgamma(k + 1) - boost::math::lgamma(n - k + 1);
-}
+// log k! for k = 0 .. n from Boost's lgamma, so that sums of many binomial
+// terms cost a lookup per coefficient.
+class LogFactorials final {
+public:
+    explicit LogFactorials(std::size_t n) : fTable(n + 1) {
+        for (std::size_t k = 0; k <= n; ++k) {
+            fTable[k] = boost::math::lgamma(static_cast<double>(k) + 1);
+        }
+    }
 
-// log C(n, k), minus infinity where C(n, k) = 0; C(-1, 0) = 1 (the one
-// empty arrangement).
-double LogChooseOrZero(double n, double k) {
-    if (k == 0 && n >= -1) {
-        return 0;
+    // log C(n, k) for n up to the table's size; minus infinity where
+    // C(n, k) = 0, and C(-1, 0) = 1 (the one empty arrangement).
+    double Choose(double n, double k) const {
+        if (k == 0 && n >= -1) {
+            return 0;
+        }
+        if (k < 0 || n < 0 || k > n) {
+            return -std::numeric_limits<double>::infinity();
+        }
+        const auto at = [&](double v) { return fTable[static_cast<std::size_t>(v)]; };
+        return at(n) - at(k) - at(n - k);
     }
-    if (k < 0 || n < 0 || k > n) {
-        return -std::numeric_limits<double>::infinity();
-    }
-    return LogChoose(n, k);
-}
+
+private:
+    std::vector<double> fTable;
+};
 
 // Terms of 2 sum (-1)^(k-1) exp(-2 k^2 z^2), k = 1, 2, ...
 struct KolmogorovTailTerms {
@@ -214,19 +224,19 @@ double RunsLowerTail(double runs, std::size_t n1, std::size_t n2) {
     }
     const double a = static_cast<double>(n1);
     const double b = static_cast<double>(n2);
-    const double logTotal = LogChoose(a + b, a);
+    const LogFactorials log(n1 + n2);
+    const double logTotal = log.Choose(a + b, a);
     double p = 0;
     const auto top = static_cast<long>(std::floor(runs));
     const long longest = 2 * static_cast<long>(std::min(n1, n2)) + 1;
     for (long r = 2; r <= std::min(top, longest); ++r) {
         if (r % 2 == 0) {
             const double k = static_cast<double>(r / 2);
-            p += 2 *
-                 std::exp(LogChooseOrZero(a - 1, k - 1) + LogChooseOrZero(b - 1, k - 1) - logTotal);
+            p += 2 * std::exp(log.Choose(a - 1, k - 1) + log.Choose(b - 1, k - 1) - logTotal);
         } else {
             const double k = static_cast<double>((r - 1) / 2);
-            p += std::exp(LogChooseOrZero(a - 1, k - 1) + LogChooseOrZero(b - 1, k) - logTotal) +
-                 std::exp(LogChooseOrZero(a - 1, k) + LogChooseOrZero(b - 1, k - 1) - logTotal);
+            p += std::exp(log.Choose(a - 1, k - 1) + log.Choose(b - 1, k) - logTotal) +
+                 std::exp(log.Choose(a - 1, k) + log.Choose(b - 1, k - 1) - logTotal);
         }
     }
     return std::min(1.0, p);
@@ -342,11 +352,12 @@ double MosesLowerTail(double span, std::size_t m, std::size_t n, std::size_t h) 
     }
     const double nn = static_cast<double>(n);
     const double hh = static_cast<double>(h);
-    const double logTotal = LogChoose(static_cast<double>(m + n), static_cast<double>(m));
+    const LogFactorials log(m + n + 1);
+    const double logTotal = log.Choose(static_cast<double>(m + n), static_cast<double>(m));
     double p = 0;
     for (double i = 0; i <= std::min(extra, nn); ++i) {
-        p += std::exp(LogChooseOrZero(i + kept - 2, i) +
-                      LogChooseOrZero(nn + 2 * hh + 1 - i, nn - i) - logTotal);
+        p += std::exp(log.Choose(i + kept - 2, i) + log.Choose(nn + 2 * hh + 1 - i, nn - i) -
+                      logTotal);
     }
     return std::min(1.0, p);
 }
