@@ -29,7 +29,10 @@ struct Variable {
     std::string fLabel; // the name when no label is given
     MeasureLevel fLevel = MeasureLevel::kContinuous;
     StorageType fType = StorageType::kDouble;
-    std::string fFormat; // display format; for dates the pattern the data's texts follow
+    // Display format (the host's VEXA_Format type, width, decimals); dates are read by it.
+    int fFormatType = 5;
+    int fFormatWidth = 8;
+    int fFormatDecimals = 2;
     std::vector<ValueLabel> fValueLabels;
     std::vector<DataValue> fMissingValues; // user-missing values
 

@@ -62,8 +62,15 @@ struct RunsOptions {
 
 // One distribution of the Kolmogorov-Smirnov test.
 struct KSDistribution {
+    // Where the parameters come from: estimated from the sample and the
+    // significance from the Kolmogorov distribution (the distribution named
+    // alone, or NORMAL(SAMPLE=FALSE)); estimated from the sample with the
+    // Lilliefors significance and its Monte Carlo companion (SAMPLE); or given
+    // (CUSTOM(...)).
+    enum Parameters { kEstimated, kLilliefors, kGiven };
+
     bool fRequested = false;
-    bool fFromSample = true; // parameters estimated from the sample
+    Parameters fParameters = kEstimated;
     // Given parameters: NORMAL MEAN SD, UNIFORM MIN MAX, EXPONENTIAL MEAN, POISSON MEAN.
     double fParam1 = 0;
     double fParam2 = 0;
