@@ -15,9 +15,17 @@
 
 namespace {
 
+Variable MakeVariable(const char* name, const char* label, MeasureLevel level) {
+    Variable variable;
+    variable.fName = name;
+    variable.fLabel = label;
+    variable.fLevel = level;
+    return variable;
+}
+
 struct Split {
-    Variable fScore{"score", "Score", MeasureLevel::kContinuous, StorageType::kDouble, "", {}, {}};
-    Variable fGroup{"group", "Group", MeasureLevel::kNominal, StorageType::kInteger, "", {}, {}};
+    Variable fScore = MakeVariable("score", "Score", MeasureLevel::kContinuous);
+    Variable fGroup = MakeVariable("group", "Group", MeasureLevel::kNominal);
     SplitData fData;
 };
 
