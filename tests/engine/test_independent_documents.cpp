@@ -10,6 +10,7 @@
 
 #include <gtest/gtest.h>
 
+#include "engine/RReference.h"
 #include "engine/doc/Builders.h"
 #include "engine/stats/IndependentKSample.h"
 
@@ -54,6 +55,20 @@ void Fill(Split& split, const std::vector<std::size_t>& sizes, unsigned seed) {
     }
 }
 
+std::string RunNptests(const std::string& arguments) {
+    const std::string command = std::string(NPTESTS_BINARY) + " " + arguments + " 2>&1";
+    std::string output;
+    if (FILE* pipe = popen(command.c_str(), "r")) {
+        char buffer[4096];
+        std::size_t got = 0;
+        while ((got = fread(buffer, 1, sizeof buffer, pipe)) > 0) {
+            output.append(buffer, got);
+        }
+        EXPECT_EQ(pclose(pipe), 0) << output;
+    }
+    return output;
+}
+
 std::string Render(const Split& split, const IndependentPlan& plan) {
     Document doc;
     doc.SetComment("independent-samples records written by the engine's writers");
@@ -81,17 +96,7 @@ std::string Render(const Split& split, const IndependentPlan& plan) {
     const std::filesystem::path file =
         std::filesystem::path(testing::TempDir()) / "independent_documents.xml";
     std::ofstream(file) << doc.Write();
-    const std::string command = std::string(NPTESTS_BINARY) + " -f json " + file.string() + " 2>&1";
-    std::string output;
-    if (FILE* pipe = popen(command.c_str(), "r")) {
-        char buffer[4096];
-        std::size_t got = 0;
-        while ((got = fread(buffer, 1, sizeof buffer, pipe)) > 0) {
-            output.append(buffer, got);
-        }
-        EXPECT_EQ(pclose(pipe), 0) << output;
-    }
-    return output;
+    return RunNptests("-f json " + file.string());
 }
 
 bool Has(const std::string& text, const std::string& part) {
@@ -144,4 +149,49 @@ TEST(IndependentDocuments, EveryTestRendersWithItsTables) {
     }
     EXPECT_FALSE(Has(k, "Not parse element"));
     EXPECT_TRUE(Has(k, "\"messages\": []"));
+}
+
+// From the CSV file to the rendered tables: the numbers the output shows are
+// R's, computed from the same file (kruskal.test, chisq.test on the median
+// split, wilcox.test, ks.test, the median of the differences).
+TEST(IndependentDocuments, ClinicDataFromCsvShowRsNumbers) {
+    if (!std::filesystem::exists(NPTESTS_BINARY)) {
+        GTEST_SKIP() << "nptests is not built";
+    }
+    if (!HaveR()) {
+        GTEST_SKIP() << "Rscript is not installed";
+    }
+    const std::string data = std::string(NPTESTS_SOURCE_DIR) + "/examples/data/clinic";
+    const std::string k =
+        RunNptests("--no-charts --data " + data + ".csv --dictionary " + data +
+                   ".json -c \"NPTESTS /INDEPENDENT TEST(wait_min age) GROUP(clinic) "
+                   "KRUSKAL_WALLIS(COMPARE=PAIRWISE) MEDIAN(COMPARE=NONE).\"");
+    const std::string two =
+        RunNptests("--no-charts --data " + data + ".csv --dictionary " + data +
+                   ".json -c \"NPTESTS /INDEPENDENT TEST(wait_min) GROUP(sex) MANN_WHITNEY "
+                   "KOLMOGOROV_SMIRNOV HODGES_LEHMAN.\"");
+    const std::vector<double> r = RunR("d <- read.csv('" + data + R"(.csv')
+f <- function(v) { x <- d[[v]]; g <- d$clinic; ok <- !is.na(x) & !is.na(g); x <- x[ok]; g <- g[ok]
+  kw <- kruskal.test(x, g); m <- median(x)
+  cs <- suppressWarnings(chisq.test(table(x > m, g), correct = FALSE))
+  c(kw$statistic, kw$p.value, m, cs$statistic, cs$p.value) }
+x <- d$wait_min; ok <- !is.na(x); a <- x[ok & d$sex == 1]; b <- x[ok & d$sex == 2]
+w <- wilcox.test(b, a, exact = FALSE, correct = FALSE)
+k <- suppressWarnings(ks.test(a, b, exact = FALSE))
+cat(f("wait_min"), f("age"), w$statistic, w$p.value, k$statistic, median(outer(b, a, "-")))
+)");
+    ASSERT_EQ(r.size(), 14u);
+    const auto shown = [](double v) {
+        char text[64];
+        std::snprintf(text, sizeof text, "%.3f", v);
+        return std::string(text);
+    };
+    for (std::size_t i = 0; i < 10; ++i) {
+        EXPECT_TRUE(Has(k, shown(r[i]))) << "R's " << shown(r[i]) << " (number " << i << ")";
+    }
+    for (std::size_t i = 10; i < 14; ++i) {
+        EXPECT_TRUE(Has(two, shown(r[i]))) << "R's " << shown(r[i]) << " (number " << i << ")";
+    }
+    EXPECT_TRUE(Has(k, "Pairwise Comparisons of Waiting time (minutes)"));
+    EXPECT_TRUE(Has(two, "Confidence Interval Summary"));
 }
