@@ -1,6 +1,8 @@
 // Two-sample tests of independent samples.
 #include "engine/stats/IndependentTwoSample.h"
 
+#include "engine/stats/OneSampleKolmogorov.h"
+
 #include <algorithm>
 #include <array>
 #include <bit>
@@ -8,10 +10,8 @@
 #include <cstdint>
 #include <limits>
 
-#include <boost/math/constants/constants.hpp>
 #include <boost/math/distributions/normal.hpp>
 #include <boost/math/special_functions/gamma.hpp>
-#include <boost/math/tools/series.hpp>
 
 namespace {
 
@@ -73,49 +73,7 @@ private:
     std::vector<double> fTable;
 };
 
-// Terms of 2 sum (-1)^(k-1) exp(-2 k^2 z^2), k = 1, 2, ...
-struct KolmogorovTailTerms {
-    using result_type = double;
-    double fZ2;
-    double fK = 0;
-    double operator()() {
-        ++fK;
-        const double sign = std::fmod(fK, 2.0) == 1.0 ? 2.0 : -2.0;
-        return sign * std::exp(-2 * fK * fK * fZ2);
-    }
-};
-
-// Terms of sum exp(-(2k-1)^2 pi^2 / (8 z^2)), k = 1, 2, ...
-struct KolmogorovBodyTerms {
-    using result_type = double;
-    double fScale; // pi^2 / (8 z^2)
-    double fK = 0;
-    double operator()() {
-        ++fK;
-        const double odd = 2 * fK - 1;
-        return std::exp(-odd * odd * fScale);
-    }
-};
-
 } // namespace
-
-double KolmogorovSurvival(double z) {
-    if (!(z > 0)) {
-        return 1.0;
-    }
-    std::uintmax_t maxTerms = 1000;
-    const double epsilon = std::numeric_limits<double>::epsilon();
-    if (z >= 1.0) {
-        KolmogorovTailTerms terms{z * z};
-        return std::clamp(boost::math::tools::sum_series(terms, epsilon, maxTerms), 0.0, 1.0);
-    }
-    using boost::math::constants::pi_sqr;
-    using boost::math::constants::root_two_pi;
-    KolmogorovBodyTerms terms{pi_sqr<double>() / (8 * z * z)};
-    const double cdf =
-        root_two_pi<double>() / z * boost::math::tools::sum_series(terms, epsilon, maxTerms);
-    return std::clamp(1.0 - cdf, 0.0, 1.0);
-}
 
 MannWhitneyResult MannWhitney(const GroupedValues& data, std::size_t exactUpTo) {
     MannWhitneyResult result;
@@ -214,7 +172,7 @@ KolmogorovSmirnovResult KolmogorovSmirnovTwoSample(const GroupedValues& data) {
     result.fNegative = smallest;
     result.fAbsolute = std::max(largest, -smallest);
     result.fZ = result.fAbsolute * std::sqrt(n1 * n2 / (n1 + n2));
-    result.fAsymptoticSig = KolmogorovSurvival(result.fZ);
+    result.fAsymptoticSig = KolmogorovLimitSf(result.fZ);
     return result;
 }
 
