@@ -55,6 +55,21 @@ void Fill(Split& split, const std::vector<std::size_t>& sizes, unsigned seed) {
     }
 }
 
+// Explicit scores and group codes (1, 2, ...).
+void FillWith(Split& split, const std::vector<double>& scores, const std::vector<double>& groups,
+              std::size_t groupCount) {
+    std::vector<Category> categories;
+    for (std::size_t g = 0; g < groupCount; ++g) {
+        const std::string text = std::to_string(g + 1);
+        categories.push_back({static_cast<double>(g + 1), text, "Group " + text});
+    }
+    split.fData.fFields = {{&split.fScore, scores, {}}, {&split.fGroup, groups, categories}};
+    split.fData.fCaseNumbers.clear();
+    for (std::size_t i = 0; i < scores.size(); ++i) {
+        split.fData.fCaseNumbers.push_back(static_cast<double>(i + 1));
+    }
+}
+
 std::string RunNptests(const std::string& arguments) {
     const std::string command = std::string(NPTESTS_BINARY) + " " + arguments + " 2>&1";
     std::string output;
@@ -194,4 +209,36 @@ cat(f("wait_min"), f("age"), w$statistic, w$p.value, k$statistic, median(outer(b
     }
     EXPECT_TRUE(Has(k, "Pairwise Comparisons of Waiting time (minutes)"));
     EXPECT_TRUE(Has(two, "Confidence Interval Summary"));
+}
+
+// Values at the ends of the doubles, all-tied values and a single case per
+// group: every record is written and read without complaint (tests that
+// cannot be computed keep their row with the reason's message).
+TEST(IndependentDocuments, ExtremeValuesAndTiesRender) {
+    if (!std::filesystem::exists(NPTESTS_BINARY)) {
+        GTEST_SKIP() << "nptests is not built";
+    }
+    IndependentPlan plan;
+    plan.fFields = {0};
+    plan.fGroupField = 1;
+    plan.fMannWhitney = plan.fWaldWolfowitz = plan.fKolmogorovSmirnov = true;
+    plan.fMoses = MosesOptions{};
+    plan.fHodgesLehmann = true;
+    plan.fKruskalWallis = KruskalWallisOptions{Compare::kStepwise};
+    plan.fMedian = MedianOptions{true, 0, Compare::kPairwise};
+    plan.fJonckheere = JonckheereOptions{false, Compare::kPairwise};
+    const std::vector<std::pair<std::vector<double>, std::vector<double>>> cases{
+        {{1e308, -1e308, 0, 0, 5, 5, 5, 1e-300}, {1, 2, 1, 2, 1, 2, 1, 2}},
+        {{3, 3, 3, 3, 3, 3}, {1, 2, 1, 2, 1, 2}},
+        {{1, 2}, {1, 2}},
+        {{4, 4, 9}, {1, 1, 1}},
+    };
+    for (const auto& [scores, groups] : cases) {
+        Split split;
+        FillWith(split, scores, groups, 2);
+        const std::string out = Render(split, plan);
+        EXPECT_TRUE(Has(out, "Hypothesis Test Summary")) << out.substr(0, 2000);
+        EXPECT_FALSE(Has(out, "Not parse element"));
+        EXPECT_TRUE(Has(out, "\"messages\": []"));
+    }
 }
