@@ -56,7 +56,7 @@ void KruskalWallisWithPairwise(benchmark::State& state) {
         const Ranking ranking = RankValues(data.fValues);
         const GroupedValues grouped{data.fValues, data.fGroups, &ranking, kGroups};
         const KruskalWallisResult test = KruskalWallis(grouped);
-        const std::vector<ComparisonRow> rows = KruskalWallisPairwise(test);
+        const std::vector<ComparisonResult> rows = KruskalWallisPairwise(test);
         benchmark::DoNotOptimize(rows.data());
         state.counters["H"] = test.fStatistic;
         state.counters["pairs"] = static_cast<double>(rows.size());

@@ -76,7 +76,7 @@ Bins CommonBins(const std::vector<double>& values) {
     }
     const auto [low, high] = std::minmax_element(values.begin(), values.end());
     const double range = *high - *low;
-    if (range > 0) {
+    if (range > 0 && std::isfinite(range)) {
         const double raw = range / 15;
         const double magnitude = std::pow(10.0, std::floor(std::log10(raw)));
         for (const double step : {1.0, 2.0, 2.5, 5.0, 10.0}) {
@@ -86,8 +86,18 @@ Bins CommonBins(const std::vector<double>& values) {
             }
         }
     }
+    if (!(bins.fWidth > 0) || !std::isfinite(bins.fWidth)) {
+        bins.fWidth = 1;
+    }
     bins.fStart = std::floor(*low / bins.fWidth) * bins.fWidth;
-    bins.fCount = static_cast<std::size_t>(std::floor((*high - bins.fStart) / bins.fWidth)) + 1;
+    const double count = std::floor((*high - bins.fStart) / bins.fWidth) + 1;
+    if (!std::isfinite(bins.fStart) || !(count >= 1 && count <= 1000)) {
+        // Values too far apart for bins of one width: one bin holds them all.
+        bins.fStart = *low;
+        bins.fCount = 1;
+    } else {
+        bins.fCount = static_cast<std::size_t>(count);
+    }
     return bins;
 }
 
@@ -96,9 +106,11 @@ std::vector<HistogramBin> Histogram(const std::vector<double>& values, const Bin
     for (std::size_t b = 0; b < bins.fCount; ++b) {
         out[b].fMidpoint = bins.fStart + (static_cast<double>(b) + 0.5) * bins.fWidth;
     }
+    const double last = static_cast<double>(bins.fCount - 1);
     for (const double v : values) {
         const double index = std::floor((v - bins.fStart) / bins.fWidth);
-        out[std::min(bins.fCount - 1, static_cast<std::size_t>(std::max(0.0, index)))].fCount += 1;
+        const double bin = index >= 0 ? std::min(index, last) : 0.0; // NaN falls in the first
+        out[static_cast<std::size_t>(bin)].fCount += 1;
     }
     return out;
 }

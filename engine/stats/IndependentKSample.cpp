@@ -133,15 +133,84 @@ struct JonckheereSums {
     double fVariance = 0;
 };
 
+// Sums over the blocks of tied values: t(t-1)(2t+5), t(t-1)(t-2), t(t-1).
+struct TieSums {
+    double fA = 0;
+    double fB = 0;
+    double fC = 0;
+};
+
+// J with its mean and its variance corrected for ties, for samples of the
+// given sizes.
+JonckheereSums Moments(double j, const std::vector<double>& sizes, const TieSums& ties) {
+    double n = 0;
+    double squares = 0;
+    double sizeA = 0;
+    double sizeB = 0;
+    double sizeC = 0;
+    for (const double m : sizes) {
+        n += m;
+        squares += m * m;
+        sizeA += m * (m - 1) * (2 * m + 5);
+        sizeB += m * (m - 1) * (m - 2);
+        sizeC += m * (m - 1);
+    }
+    JonckheereSums sums;
+    sums.fJ = j;
+    sums.fMean = (n * n - squares) / 4;
+    double variance = (n * (n - 1) * (2 * n + 5) - sizeA - ties.fA) / 72;
+    if (n > 2) {
+        variance += sizeB * ties.fB / (36 * n * (n - 1) * (n - 2));
+    }
+    if (n > 1) {
+        variance += sizeC * ties.fC / (8 * n * (n - 1));
+    }
+    sums.fVariance = variance;
+    return sums;
+}
+
+// Jonckheere-Terpstra of two samples, earlier and later in the order of the
+// alternative, both ascending: one merge of the two.
+JonckheereSums JonckheereOfTwo(const std::vector<double>& earlier,
+                               const std::vector<double>& later) {
+    double j = 0;
+    double earlierBelow = 0;
+    TieSums ties;
+    std::size_t a = 0;
+    std::size_t b = 0;
+    while (a < earlier.size() || b < later.size()) {
+        const double value = b == later.size() || (a < earlier.size() && earlier[a] < later[b])
+                                 ? earlier[a]
+                                 : later[b];
+        double inEarlier = 0;
+        double inLater = 0;
+        for (; a < earlier.size() && earlier[a] == value; ++a) {
+            inEarlier += 1;
+        }
+        for (; b < later.size() && later[b] == value; ++b) {
+            inLater += 1;
+        }
+        j += inLater * (earlierBelow + 0.5 * inEarlier);
+        earlierBelow += inEarlier;
+        const double t = inEarlier + inLater;
+        ties.fA += t * (t - 1) * (2 * t + 5);
+        ties.fB += t * (t - 1) * (t - 2);
+        ties.fC += t * (t - 1);
+    }
+    return Moments(j, {static_cast<double>(earlier.size()), static_cast<double>(later.size())},
+                   ties);
+}
+
 JonckheereSums JonckheereOn(const SortedGroups& sorted, const std::vector<int>& position,
                             std::size_t positions) {
     std::vector<double> below(positions, 0.0); // cases in earlier blocks, per position
     std::vector<double> block(positions, 0.0); // cases in this block, per position
+    std::vector<double> tree(positions, 0.0);  // Fenwick tree of `below`
     std::vector<int> touched;
     double j = 0;
-    double tieA = 0; // sum t(t-1)(2t+5) over the blocks
-    double tieB = 0; // sum t(t-1)(t-2)
-    double tieC = 0; // sum t(t-1)
+    double tieA = 0;
+    double tieB = 0;
+    double tieC = 0;
     std::size_t at = 0;
     for (const std::uint32_t size : sorted.fBlockSizes) {
         touched.clear();
@@ -157,13 +226,22 @@ JonckheereSums JonckheereOn(const SortedGroups& sorted, const std::vector<int>& 
             block[static_cast<std::size_t>(p)] += 1;
             t += 1;
         }
+        // Cases of earlier positions below this block (a Fenwick tree over
+        // the positions), and in this block at earlier positions.
+        std::sort(touched.begin(), touched.end());
+        double earlierInBlock = 0;
         for (const int p : touched) {
-            double earlier = 0;
-            for (int q = 0; q < p; ++q) {
-                earlier +=
-                    below[static_cast<std::size_t>(q)] + 0.5 * block[static_cast<std::size_t>(q)];
+            double earlierBelow = 0;
+            for (auto i = static_cast<std::size_t>(p); i > 0; i &= i - 1) {
+                earlierBelow += tree[i - 1];
             }
-            j += block[static_cast<std::size_t>(p)] * earlier;
+            j += block[static_cast<std::size_t>(p)] * (earlierBelow + 0.5 * earlierInBlock);
+            earlierInBlock += block[static_cast<std::size_t>(p)];
+        }
+        for (const int p : touched) {
+            for (auto i = static_cast<std::size_t>(p) + 1; i <= positions; i += i & (~i + 1)) {
+                tree[i - 1] += block[static_cast<std::size_t>(p)];
+            }
         }
         for (const int p : touched) {
             below[static_cast<std::size_t>(p)] += block[static_cast<std::size_t>(p)];
@@ -173,30 +251,7 @@ JonckheereSums JonckheereOn(const SortedGroups& sorted, const std::vector<int>& 
         tieB += t * (t - 1) * (t - 2);
         tieC += t * (t - 1);
     }
-    double n = 0;
-    double squares = 0;
-    double sizeA = 0;
-    double sizeB = 0;
-    double sizeC = 0;
-    for (const double m : below) {
-        n += m;
-        squares += m * m;
-        sizeA += m * (m - 1) * (2 * m + 5);
-        sizeB += m * (m - 1) * (m - 2);
-        sizeC += m * (m - 1);
-    }
-    JonckheereSums sums;
-    sums.fJ = j;
-    sums.fMean = (n * n - squares) / 4;
-    double variance = (n * (n - 1) * (2 * n + 5) - sizeA - tieA) / 72;
-    if (n > 2) {
-        variance += sizeB * tieB / (36 * n * (n - 1) * (n - 2));
-    }
-    if (n > 1) {
-        variance += sizeC * tieC / (8 * n * (n - 1));
-    }
-    sums.fVariance = variance;
-    return sums;
+    return Moments(j, below, {tieA, tieB, tieC});
 }
 
 } // namespace
@@ -311,14 +366,14 @@ double FisherExact2x2(std::size_t a, std::size_t b, std::size_t c, std::size_t d
     const boost::math::hypergeometric_distribution<double> h(column, row, n);
     const std::size_t low = row + column > n ? row + column - n : 0;
     const std::size_t high = std::min(row, column);
-    // Terms farther than 40 standard deviations from the mean are below any
-    // double's resolution of the sum; leave them out on large tables.
+    // Terms farther than 12 standard deviations from the mean are below
+    // 1e-30 of the largest; leave them out on large tables.
     const double nn = static_cast<double>(n);
     const double mean = static_cast<double>(row) * static_cast<double>(column) / nn;
     const double sd = nn > 1 ? std::sqrt(mean * (1 - static_cast<double>(column) / nn) *
                                          (nn - static_cast<double>(row)) / (nn - 1))
                              : 0;
-    const double reach = 40 * sd + 2;
+    const double reach = 12 * sd + 2;
     const auto from = static_cast<std::size_t>(std::max(static_cast<double>(low), mean - reach));
     const auto to = static_cast<std::size_t>(std::min(static_cast<double>(high), mean + reach));
     // The same relative tolerance for "no more likely" as R's fisher.test.
@@ -500,10 +555,13 @@ std::vector<ComparisonResult> JonckheerePairwise(const GroupedValues& data,
     if (!test.fComputed) {
         return {};
     }
-    const SortedGroups sorted = SortGroupsByRank(data);
+    std::vector<std::vector<double>> values = ValuesByGroup(data);
+    for (std::vector<double>& group : values) {
+        std::sort(group.begin(), group.end());
+    }
     return PairwiseComparisons(test.fSamples, test.fMeanRank, [&](std::size_t a, std::size_t b) {
-        SampleTest t =
-            JonckheereTest(sorted, data.fGroupCount, InAlternativeOrder({a, b}, test.fDescending));
+        const std::vector<std::size_t> inOrder = InAlternativeOrder({a, b}, test.fDescending);
+        SampleTest t = FromSums(JonckheereOfTwo(values[inOrder[0]], values[inOrder[1]]));
         if (!std::isnan(t.fStdStatistic)) {
             t.fSig = UpperNormal(t.fStdStatistic);
         }

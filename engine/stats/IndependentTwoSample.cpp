@@ -1,6 +1,8 @@
 // Two-sample tests of independent samples.
 #include "engine/stats/IndependentTwoSample.h"
 
+#include "engine/stats/OneSampleKolmogorov.h"
+
 #include <algorithm>
 #include <array>
 #include <bit>
@@ -8,10 +10,8 @@
 #include <cstdint>
 #include <limits>
 
-#include <boost/math/constants/constants.hpp>
 #include <boost/math/distributions/normal.hpp>
 #include <boost/math/special_functions/gamma.hpp>
-#include <boost/math/tools/series.hpp>
 
 namespace {
 
@@ -46,66 +46,34 @@ double TwoSidedNormal(double z) {
     return 2 * boost::math::cdf(boost::math::complement(normal, std::fabs(z)));
 }
 
-// log C(n, k) for 0 <= k <= n.
-double LogChoose(double n, double k) {
-    return boost::math::lgamma(n + 1) - boost::math::lgamma(k + 1) - boost::math::lgamma(n - k + 1);
-}
+// log k! for k = 0 .. n from Boost's lgamma, so that sums of many binomial
+// terms cost a lookup per coefficient.
+class LogFactorials final {
+public:
+    explicit LogFactorials(std::size_t n) : fTable(n + 1) {
+        for (std::size_t k = 0; k <= n; ++k) {
+            fTable[k] = boost::math::lgamma(static_cast<double>(k) + 1);
+        }
+    }
 
-// log C(n, k), minus infinity where C(n, k) = 0; C(-1, 0) = 1 (the one
-// empty arrangement).
-double LogChooseOrZero(double n, double k) {
-    if (k == 0 && n >= -1) {
-        return 0;
+    // log C(n, k) for n up to the table's size; minus infinity where
+    // C(n, k) = 0, and C(-1, 0) = 1 (the one empty arrangement).
+    double Choose(double n, double k) const {
+        if (k == 0 && n >= -1) {
+            return 0;
+        }
+        if (k < 0 || n < 0 || k > n) {
+            return -std::numeric_limits<double>::infinity();
+        }
+        const auto at = [&](double v) { return fTable[static_cast<std::size_t>(v)]; };
+        return at(n) - at(k) - at(n - k);
     }
-    if (k < 0 || n < 0 || k > n) {
-        return -std::numeric_limits<double>::infinity();
-    }
-    return LogChoose(n, k);
-}
 
-// Terms of 2 sum (-1)^(k-1) exp(-2 k^2 z^2), k = 1, 2, ...
-struct KolmogorovTailTerms {
-    using result_type = double;
-    double fZ2;
-    double fK = 0;
-    double operator()() {
-        ++fK;
-        const double sign = std::fmod(fK, 2.0) == 1.0 ? 2.0 : -2.0;
-        return sign * std::exp(-2 * fK * fK * fZ2);
-    }
-};
-
-// Terms of sum exp(-(2k-1)^2 pi^2 / (8 z^2)), k = 1, 2, ...
-struct KolmogorovBodyTerms {
-    using result_type = double;
-    double fScale; // pi^2 / (8 z^2)
-    double fK = 0;
-    double operator()() {
-        ++fK;
-        const double odd = 2 * fK - 1;
-        return std::exp(-odd * odd * fScale);
-    }
+private:
+    std::vector<double> fTable;
 };
 
 } // namespace
-
-double KolmogorovSurvival(double z) {
-    if (!(z > 0)) {
-        return 1.0;
-    }
-    std::uintmax_t maxTerms = 1000;
-    const double epsilon = std::numeric_limits<double>::epsilon();
-    if (z >= 1.0) {
-        KolmogorovTailTerms terms{z * z};
-        return std::clamp(boost::math::tools::sum_series(terms, epsilon, maxTerms), 0.0, 1.0);
-    }
-    using boost::math::constants::pi_sqr;
-    using boost::math::constants::root_two_pi;
-    KolmogorovBodyTerms terms{pi_sqr<double>() / (8 * z * z)};
-    const double cdf =
-        root_two_pi<double>() / z * boost::math::tools::sum_series(terms, epsilon, maxTerms);
-    return std::clamp(1.0 - cdf, 0.0, 1.0);
-}
 
 MannWhitneyResult MannWhitney(const GroupedValues& data, std::size_t exactUpTo) {
     MannWhitneyResult result;
@@ -204,7 +172,7 @@ KolmogorovSmirnovResult KolmogorovSmirnovTwoSample(const GroupedValues& data) {
     result.fNegative = smallest;
     result.fAbsolute = std::max(largest, -smallest);
     result.fZ = result.fAbsolute * std::sqrt(n1 * n2 / (n1 + n2));
-    result.fAsymptoticSig = KolmogorovSurvival(result.fZ);
+    result.fAsymptoticSig = KolmogorovLimitSf(result.fZ);
     return result;
 }
 
@@ -214,19 +182,19 @@ double RunsLowerTail(double runs, std::size_t n1, std::size_t n2) {
     }
     const double a = static_cast<double>(n1);
     const double b = static_cast<double>(n2);
-    const double logTotal = LogChoose(a + b, a);
+    const LogFactorials log(n1 + n2);
+    const double logTotal = log.Choose(a + b, a);
     double p = 0;
     const auto top = static_cast<long>(std::floor(runs));
     const long longest = 2 * static_cast<long>(std::min(n1, n2)) + 1;
     for (long r = 2; r <= std::min(top, longest); ++r) {
         if (r % 2 == 0) {
             const double k = static_cast<double>(r / 2);
-            p += 2 *
-                 std::exp(LogChooseOrZero(a - 1, k - 1) + LogChooseOrZero(b - 1, k - 1) - logTotal);
+            p += 2 * std::exp(log.Choose(a - 1, k - 1) + log.Choose(b - 1, k - 1) - logTotal);
         } else {
             const double k = static_cast<double>((r - 1) / 2);
-            p += std::exp(LogChooseOrZero(a - 1, k - 1) + LogChooseOrZero(b - 1, k) - logTotal) +
-                 std::exp(LogChooseOrZero(a - 1, k) + LogChooseOrZero(b - 1, k - 1) - logTotal);
+            p += std::exp(log.Choose(a - 1, k - 1) + log.Choose(b - 1, k) - logTotal) +
+                 std::exp(log.Choose(a - 1, k) + log.Choose(b - 1, k - 1) - logTotal);
         }
     }
     return std::min(1.0, p);
@@ -342,11 +310,12 @@ double MosesLowerTail(double span, std::size_t m, std::size_t n, std::size_t h) 
     }
     const double nn = static_cast<double>(n);
     const double hh = static_cast<double>(h);
-    const double logTotal = LogChoose(static_cast<double>(m + n), static_cast<double>(m));
+    const LogFactorials log(m + n + 1);
+    const double logTotal = log.Choose(static_cast<double>(m + n), static_cast<double>(m));
     double p = 0;
     for (double i = 0; i <= std::min(extra, nn); ++i) {
-        p += std::exp(LogChooseOrZero(i + kept - 2, i) +
-                      LogChooseOrZero(nn + 2 * hh + 1 - i, nn - i) - logTotal);
+        p += std::exp(log.Choose(i + kept - 2, i) + log.Choose(nn + 2 * hh + 1 - i, nn - i) -
+                      logTotal);
     }
     return std::min(1.0, p);
 }

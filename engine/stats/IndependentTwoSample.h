@@ -37,17 +37,15 @@ struct MannWhitneyResult : TwoSamples {
 MannWhitneyResult MannWhitney(const GroupedValues& data, std::size_t exactUpTo = 50);
 
 struct KolmogorovSmirnovResult : TwoSamples {
-    double fAbsolute = kNoValue;      // largest |F1 - F2| of the empirical distribution functions
-    double fPositive = kNoValue;      // largest F1 - F2 (at least 0)
-    double fNegative = kNoValue;      // smallest F1 - F2 (at most 0)
-    double fZ = kNoValue;             // fAbsolute * sqrt(n1 n2 / (n1 + n2))
-    double fAsymptoticSig = kNoValue; // Kolmogorov's limiting distribution at fZ
+    double fAbsolute = kNoValue; // largest |F1 - F2| of the empirical distribution functions
+    double fPositive = kNoValue; // largest F1 - F2 (at least 0)
+    double fNegative = kNoValue; // smallest F1 - F2 (at most 0)
+    double fZ = kNoValue;        // fAbsolute * sqrt(n1 n2 / (n1 + n2))
+    double fAsymptoticSig =
+        kNoValue; // Kolmogorov's limiting distribution at fZ (KolmogorovLimitSf)
 };
 
 KolmogorovSmirnovResult KolmogorovSmirnovTwoSample(const GroupedValues& data);
-
-// Upper tail of Kolmogorov's limiting distribution, P(K > z).
-double KolmogorovSurvival(double z);
 
 struct RunsBound {
     double fRuns = kNoValue;

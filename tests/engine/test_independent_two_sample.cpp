@@ -120,23 +120,6 @@ cat(k$statistic, ks(alternative = "greater")$statistic, ks(alternative = "less")
     }
 }
 
-TEST(IndependentTwoSample, KolmogorovDistributionMatchesR) {
-    if (!HaveR()) {
-        GTEST_SKIP() << "Rscript is not installed";
-    }
-    std::vector<double> z;
-    for (double v = 0.05; v < 4; v += 0.0625) {
-        z.push_back(v);
-    }
-    const std::vector<double> r =
-        RunR("z <- " + RVector(z) + "\ncat(1 - .Call(stats:::C_pKS2, z, tol = 1e-15))");
-    ASSERT_EQ(r.size(), z.size());
-    for (std::size_t i = 0; i < z.size(); ++i) {
-        EXPECT_NEAR(KolmogorovSurvival(z[i]), r[i], 1e-13) << "z = " << z[i];
-    }
-    EXPECT_EQ(KolmogorovSurvival(0), 1.0);
-}
-
 TEST(IndependentTwoSample, HodgesLehmannMatchesR) {
     if (!HaveR()) {
         GTEST_SKIP() << "Rscript is not installed";
