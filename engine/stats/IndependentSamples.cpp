@@ -1,0 +1,142 @@
+// Input checks and the sorted walk shared by the independent-samples tests.
+#include "engine/stats/IndependentSamples.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+GroupCounts CountGroups(const GroupedValues& data, std::size_t minSamples, std::size_t maxSamples) {
+    GroupCounts counts;
+    const std::size_t n = data.fValues.size();
+    if (data.fGroups.size() != n || data.fRanking == nullptr || data.fRanking->fRanks.size() != n) {
+        counts.fReason = "The values, their groups and their ranks do not match.";
+        return counts;
+    }
+    if (n == 0) {
+        counts.fReason = "The test field has no valid cases.";
+        return counts;
+    }
+    counts.fN.assign(data.fGroupCount, 0);
+    for (const int group : data.fGroups) {
+        if (group < 0 || static_cast<std::size_t>(group) >= data.fGroupCount) {
+            counts.fReason = "A case has a group outside the categories of the grouping field.";
+            return counts;
+        }
+        ++counts.fN[static_cast<std::size_t>(group)];
+    }
+    for (std::size_t g = 0; g < data.fGroupCount; ++g) {
+        if (counts.fN[g] > 0) {
+            counts.fSamples.push_back(g);
+        }
+    }
+    const std::size_t samples = counts.fSamples.size();
+    if (samples < minSamples) {
+        counts.fReason = samples == 1 ? "Only one group has cases; the test compares at least " +
+                                            std::to_string(minSamples) + " groups."
+                                      : "Too few groups have cases.";
+        return counts;
+    }
+    if (samples > maxSamples) {
+        counts.fReason = std::to_string(samples) + " groups have cases; the test compares " +
+                         (maxSamples == 2 ? std::string("exactly two")
+                                          : "at most " + std::to_string(maxSamples)) +
+                         ".";
+        return counts;
+    }
+    counts.fComputed = true;
+    return counts;
+}
+
+SortedGroups SortGroupsByRank(const GroupedValues& data) {
+    // A block of t equal values holds the positions first..first+t-1 and has
+    // the mid-rank first + (t-1)/2; its floor differs from the floor of every
+    // other block's mid-rank, so it is the block's key in 1..n.
+    const std::size_t n = data.fValues.size();
+    const std::vector<double>& ranks = data.fRanking->fRanks;
+    std::vector<std::uint32_t> start(n + 1, 0);
+    for (const double rank : ranks) {
+        ++start[static_cast<std::size_t>(rank) - 1];
+    }
+    SortedGroups sorted;
+    std::uint32_t position = 0;
+    for (std::size_t key = 0; key < n; ++key) {
+        const std::uint32_t size = start[key];
+        if (size > 0) {
+            sorted.fBlockSizes.push_back(size);
+        }
+        start[key] = position;
+        position += size;
+    }
+    sorted.fGroups.resize(n);
+    for (std::size_t i = 0; i < n; ++i) {
+        sorted.fGroups[start[static_cast<std::size_t>(ranks[i]) - 1]++] = data.fGroups[i];
+    }
+    return sorted;
+}
+
+double MedianOf(std::vector<double>& values) {
+    const std::size_t n = values.size();
+    if (n == 0) {
+        return std::numeric_limits<double>::quiet_NaN();
+    }
+    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(n / 2);
+    std::nth_element(values.begin(), middle, values.end());
+    if (n % 2 == 1) {
+        return *middle;
+    }
+    const double below = *std::max_element(values.begin(), middle);
+    return (below + *middle) / 2;
+}
+
+namespace {
+
+// The weighted average at position p(n+1) of ascending values, held to the
+// first and last value.
+double WeightedAverage(const std::vector<std::pair<double, double>>& sorted, double p) {
+    const double n = static_cast<double>(sorted.size());
+    const double position = p * (n + 1);
+    if (position <= 1) {
+        return sorted.front().first;
+    }
+    if (position >= n) {
+        return sorted.back().first;
+    }
+    const double whole = std::floor(position);
+    const auto k = static_cast<std::size_t>(whole);
+    return sorted[k - 1].first + (position - whole) * (sorted[k].first - sorted[k - 1].first);
+}
+
+} // namespace
+
+BoxPlotNumbers BoxPlot(std::span<const double> values, std::span<const double> caseNumbers) {
+    BoxPlotNumbers box;
+    if (values.empty() || caseNumbers.size() != values.size()) {
+        return box;
+    }
+    std::vector<std::pair<double, double>> sorted;
+    sorted.reserve(values.size());
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        sorted.emplace_back(values[i], caseNumbers[i]);
+    }
+    std::sort(sorted.begin(), sorted.end());
+    box.fLowerQuartile = WeightedAverage(sorted, 0.25);
+    box.fUpperQuartile = WeightedAverage(sorted, 0.75);
+    const std::size_t n = sorted.size();
+    box.fMedian =
+        n % 2 == 1 ? sorted[n / 2].first : (sorted[n / 2 - 1].first + sorted[n / 2].first) / 2;
+    const double length = box.fUpperQuartile - box.fLowerQuartile;
+    const double low = box.fLowerQuartile - 1.5 * length;
+    const double high = box.fUpperQuartile + 1.5 * length;
+    box.fLowerWhisker = box.fUpperWhisker = box.fMedian;
+    bool inside = false;
+    for (const auto& [value, caseNumber] : sorted) {
+        if (value < low || value > high) {
+            box.fOutliers.emplace_back(value, caseNumber);
+        } else {
+            box.fLowerWhisker = inside ? std::min(box.fLowerWhisker, value) : value;
+            box.fUpperWhisker = inside ? std::max(box.fUpperWhisker, value) : value;
+            inside = true;
+        }
+    }
+    return box;
+}
