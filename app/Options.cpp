@@ -20,10 +20,28 @@ int UsageError(const std::string& text) {
 } // namespace
 
 bool ParseOptions(int argc, char** argv, Options& options, int& exitCode) {
-    CLI::App app{"Renders the result documents of the nonparametric-tests engine (one per "
-                 "split of the data, in split order).",
+    CLI::App app{"Runs the NPTESTS nonparametric-tests command on a data file (--data), or renders "
+                 "result documents (one per split of the data, in split order). The command's "
+                 "options: docs/command.md.",
                  "nptests"};
+    std::string layout = "headings";
+    std::string splitBy;
     std::string format;
+    app.add_option("--data", options.fDataFile,
+                   "CSV or TSV data file with a header row (.tsv or .tab: tab-separated); the "
+                   "engine computes the tests the command asks for")
+        ->type_name("FILE");
+    app.add_option("--split-by", splitBy,
+                   "with --data: one split per combination of these numeric variables' values, "
+                   "in ascending order")
+        ->type_name("VAR[,VAR...]");
+    app.add_option("--split-layout", layout,
+                   "with --split-by: a heading per split (default) or split dimensions in the "
+                   "tables")
+        ->type_name("headings|table");
+    app.add_option("--write-documents", options.fWriteDocuments,
+                   "with --data: also save the result documents the engine wrote in this folder")
+        ->type_name("DIR");
     app.add_option("documents", options.fDocuments,
                    "result documents, one per split (not with --splits)")
         ->type_name("RESULT.xml");
@@ -35,7 +53,9 @@ bool ParseOptions(int argc, char** argv, Options& options, int& exitCode) {
                    "the NPTESTS command, or @FILE to read it from a file (default: NPTESTS.)")
         ->type_name("TEXT|@FILE");
     app.add_option("--dictionary", options.fDictionaryFile,
-                   "JSON: the variables of the data (default: the first document's dictionary)")
+                   "JSON: the variables of the data: names, labels, types, formats, measurement "
+                   "levels, value labels, user-missing values (default: from the data file, or "
+                   "the first document's dictionary)")
         ->type_name("FILE");
     app.add_flag("--check-command", options.fCheckCommand,
                  "print what the command yields as JSON (exit status 2 when the command "
@@ -61,8 +81,35 @@ bool ParseOptions(int argc, char** argv, Options& options, int& exitCode) {
         return false;
     }
 
-    if (options.fDocuments.empty() && options.fSplitsFile.empty() && !options.fCheckCommand) {
-        exitCode = UsageError("no result document given");
+    if (!options.fDataFile.empty() &&
+        (!options.fDocuments.empty() || !options.fSplitsFile.empty())) {
+        exitCode = UsageError("give either --data or result documents, not both");
+        return false;
+    }
+    if (options.fDataFile.empty() &&
+        (!splitBy.empty() || !options.fWriteDocuments.empty() || layout != "headings")) {
+        exitCode = UsageError("--split-by, --split-layout and --write-documents need --data");
+        return false;
+    }
+    if (layout != "headings" && layout != "table") {
+        exitCode =
+            UsageError("unknown split layout \"" + layout + "\" (expected headings or table)");
+        return false;
+    }
+    options.fSplitTable = layout == "table";
+    for (std::size_t start = 0; !splitBy.empty() && start <= splitBy.size();) {
+        const std::size_t comma = std::min(splitBy.find(',', start), splitBy.size());
+        const std::string name = splitBy.substr(start, comma - start);
+        if (name.empty()) {
+            exitCode = UsageError("--split-by: expected variable names separated by commas");
+            return false;
+        }
+        options.fSplitBy.push_back(name);
+        start = comma + 1;
+    }
+    if (options.fDocuments.empty() && options.fSplitsFile.empty() && options.fDataFile.empty() &&
+        !options.fCheckCommand) {
+        exitCode = UsageError("no data file or result document given");
         return false;
     }
     if (!options.fDocuments.empty() && !options.fSplitsFile.empty()) {

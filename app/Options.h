@@ -13,12 +13,16 @@ struct Options {
     std::string fDictionaryFile;         // JSON variables; empty: the first document's
     bool fCheckCommand = false;          // print what the command yields instead
     Renderer::Format fFormat = Renderer::kText;
-    std::string fOutput;          // empty: standard output
-    bool fNoCharts = false;       // tables only
-    bool fColorsOnly = false;     // charts tell series apart by colour alone
-    bool fDumpModel = false;      // print what was read instead of rendering
-    bool fMissingStrings = false; // list the text keys without an entry
-    std::string fModule;          // empty: the module next to the program
+    std::string fOutput;               // empty: standard output
+    bool fNoCharts = false;            // tables only
+    bool fColorsOnly = false;          // charts tell series apart by colour alone
+    bool fDumpModel = false;           // print what was read instead of rendering
+    bool fMissingStrings = false;      // list the text keys without an entry
+    std::string fModule;               // empty: the module next to the program
+    std::string fDataFile;             // CSV or TSV: the engine computes the documents from it
+    std::vector<std::string> fSplitBy; // variables whose values split the data
+    bool fSplitTable = false;          // split dimensions in the tables instead of split headings
+    std::string fWriteDocuments;       // folder where the engine's documents are also saved
 };
 
 // The exit statuses of nptests.

@@ -15,6 +15,8 @@
 #include <string>
 #include <vector>
 
+#include <unistd.h>
+
 #include <nlohmann/json.hpp>
 
 #include "app/CommandCheck.h"
@@ -23,6 +25,10 @@
 #include "app/ModuleLoader.h"
 #include "app/Options.h"
 #include "app/SplitPlan.h"
+#include "engine/Engine.h"
+#include "engine/data/CsvReader.h"
+#include "engine/data/Dataset.h"
+#include "engine/data/HostDataSource.h"
 #include "host/bp/BpOutput.h"
 #include "host/cf/CFDump.h"
 #include "host/cf/CFErrorChannel.h"
@@ -277,33 +283,154 @@ bool ProduceSplits(CFProcCustom& procedure, std::vector<CFSplitDocument>& splits
     std::move(run.begin(), run.end(), splits.begin());
     return ok && readable == splits.size();
 }
+
+// Progress on standard error, only when it is a terminal.
+bool ShowProgress() {
+    static const bool terminal = isatty(STDERR_FILENO) != 0;
+    return terminal;
+}
+
+void ReadProgress(double share) {
+    std::fprintf(stderr, "\rnptests: reading the data: %3d%%", static_cast<int>(share * 100));
+}
+
+// Writes the engine's documents into `folder` (created when missing): one
+// split_N.xml per split and a splits.json that renders them again with
+// --splits.
+bool SaveDocuments(const std::string& folder, const std::vector<CFSplitDocument>& splits,
+                   const std::vector<std::string>& splitNames, bool heading) {
+    std::error_code ec;
+    std::filesystem::create_directories(folder, ec);
+    nlohmann::ordered_json plan;
+    plan["variables"] = splitNames;
+    plan["heading"] = heading;
+    plan["splits"] = nlohmann::ordered_json::array();
+    for (std::size_t i = 0; i < splits.size(); ++i) {
+        const std::string name = "split_" + std::to_string(i + 1) + ".xml";
+        const std::string path = (std::filesystem::path(folder) / name).string();
+        if (!WriteOutput(path, splits[i].fResultDocument)) {
+            return false;
+        }
+        plan["splits"].push_back({{"document", name}, {"values", splits[i].fSplitValues}});
+    }
+    return WriteOutput((std::filesystem::path(folder) / "splits.json").string(),
+                       plan.dump(2) + "\n");
+}
+
+// With --data: reads the data and the dictionary, parses the command and has
+// the engine write one document per split. Returns an exit status, kExitOk
+// when the splits are ready.
+int ComputeSplits(const Options& options, const CommandDescriptor& grammar,
+                  std::unique_ptr<VEXA_DataSource>& dataSource,
+                  std::unique_ptr<CommandSpec>& command, std::vector<CFSplitDocument>& splits) {
+    std::unique_ptr<VEXA_DataSource> dictionary;
+    if (!options.fDictionaryFile.empty()) {
+        std::string text, error;
+        if (!ReadFile(options.fDictionaryFile, text, error)) {
+            std::cerr << "nptests: cannot read " << options.fDictionaryFile << ": " << error
+                      << "\n";
+            return kExitUsage;
+        }
+        dictionary = DataSourceFromDictionary(text, error);
+        if (!dictionary) {
+            std::cerr << "nptests: " << options.fDictionaryFile << " is not a dictionary: " << error
+                      << "\n";
+            return kExitUsage;
+        }
+    }
+    Dataset data;
+    std::string error;
+    const bool progress = ShowProgress();
+    const bool read = ReadDataFile(options.fDataFile, dictionary.get(), data, error,
+                                   progress ? &ReadProgress : nullptr);
+    if (progress) {
+        std::fprintf(stderr, "\r%40s\r", "");
+    }
+    if (!read) {
+        std::cerr << "nptests: " << error << "\n";
+        return kExitRejected;
+    }
+    dataSource = HostDataSource(data);
+    command = ParseCommand(options, *dataSource, grammar);
+    if (!command) {
+        return kExitUsage;
+    }
+    EngineOptions engine;
+    engine.fDataName = std::filesystem::path(options.fDataFile).filename().string();
+    engine.fSplitBy = options.fSplitBy;
+    if (progress) {
+        engine.fProgress = [](std::size_t split, std::size_t count) {
+            if (count > 1) {
+                std::fprintf(stderr, "\rnptests: computing split %zu of %zu", split + 1, count);
+            }
+        };
+    }
+    std::vector<SplitDocument> documents;
+    const bool ran = RunEngine(data, *command, engine, documents, error);
+    if (progress) {
+        std::fprintf(stderr, "\r%50s\r", "");
+    }
+    if (!ran) {
+        std::cerr << "nptests: " << error << "\n";
+        return kExitUsage;
+    }
+    std::vector<int> splitIndices;
+    ResolveSplitBy(data, options.fSplitBy, splitIndices, error);
+    splits.resize(documents.size());
+    for (std::size_t i = 0; i < documents.size(); ++i) {
+        splits[i].fSource = engine.fDataName;
+        if (documents.size() > 1) {
+            splits[i].fSource += " (split " + std::to_string(i + 1) + ")";
+        }
+        splits[i].fHeading = !options.fSplitTable;
+        splits[i].fSplitVariables = splitIndices;
+        splits[i].fSplitValues = documents[i].fSplitValues;
+        splits[i].fResultDocument = std::move(documents[i].fDocument);
+    }
+    if (!options.fWriteDocuments.empty() &&
+        !SaveDocuments(options.fWriteDocuments, splits, options.fSplitBy, !options.fSplitTable)) {
+        return kExitUsage;
+    }
+    return kExitOk;
+}
 } // namespace
 
 int Run(const Options& options) {
-    SplitPlan plan;
-    if (!PlanSplits(options, plan)) {
-        return kExitUsage;
-    }
     CFErrorChannel::Clear();
     CFErrorChannel::SetListener(
         [](const CFMessage& message) { std::cerr << "nptests: " << message.fText << "\n"; });
 
-    std::vector<CFSplitDocument> splits;
-    size_t readable = ReadDocuments(plan, splits);
-    std::unique_ptr<VEXA_DataSource> dataSource = BuildDataSource(options, splits, readable);
-    if (!dataSource) {
-        return kExitUsage;
-    }
-    if (readable > 0 && !ResolveSplitVariables(plan, *dataSource, splits)) {
-        return kExitUsage;
-    }
-    if (options.fCheckCommand && !splits.empty() && readable == 0) {
-        return kExitRejected;
-    }
     CommandDescriptor grammar = NPTestsCommandDescriptor();
-    const std::unique_ptr<CommandSpec> command = ParseCommand(options, *dataSource, grammar);
-    if (!command) {
-        return kExitUsage;
+    std::vector<CFSplitDocument> splits;
+    std::unique_ptr<VEXA_DataSource> dataSource;
+    std::unique_ptr<CommandSpec> command;
+    size_t readable = 0;
+    if (!options.fDataFile.empty()) {
+        const int status = ComputeSplits(options, grammar, dataSource, command, splits);
+        if (status != kExitOk) {
+            return status;
+        }
+        readable = splits.size();
+    } else {
+        SplitPlan plan;
+        if (!PlanSplits(options, plan)) {
+            return kExitUsage;
+        }
+        readable = ReadDocuments(plan, splits);
+        dataSource = BuildDataSource(options, splits, readable);
+        if (!dataSource) {
+            return kExitUsage;
+        }
+        if (readable > 0 && !ResolveSplitVariables(plan, *dataSource, splits)) {
+            return kExitUsage;
+        }
+        if (options.fCheckCommand && !splits.empty() && readable == 0) {
+            return kExitRejected;
+        }
+        command = ParseCommand(options, *dataSource, grammar);
+        if (!command) {
+            return kExitUsage;
+        }
     }
 
     if (options.fNoCharts) {

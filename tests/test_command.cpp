@@ -15,8 +15,8 @@
 #include "backend/nonpar/NOPRProcCustom.h"
 #include "host/cf/CFErrorChannel.h"
 #include "host/parser/CommandParser.h"
-#include "host/parser/ParsedCommand.h"
 #include "host/parser/NPTestsGrammar.h"
+#include "host/parser/ParsedCommand.h"
 #include "host/parser/ParserMessage.h"
 #include "host/parser/VarSpecObj.h"
 #include "host/vexa/VEXA_DataSource.h"
@@ -120,9 +120,23 @@ TEST_F(CommandParserTest, ReadsKeywordsQualifiersAndValuesWithoutRegardToCase) {
     ASSERT_TRUE(ks->getParamObj("EXPONENTIAL", quals)->getStringAndQual(text, qualifier));
     EXPECT_EQ(text, "CUSTOM");
 
-    // Opaque keywords keep their text as written, quotes and all.
-    EXPECT_EQ(one->getParamObj("CHISQUARE")->getText(),
-              "(expected=custom(frequencies=1 2 categories='a' 'It''s'))");
+    // Value lists: numbers up to the next keyword, quoted strings without their quotes.
+    std::vector<const ParamObj*> chi;
+    ASSERT_TRUE(one->getParamObj("CHISQUARE")->getStringQualList(nullptr, chi));
+    ASSERT_EQ(chi.size(), 1u);
+    ASSERT_TRUE(chi[0]->getStringAndQual(text, qualifier));
+    EXPECT_EQ(text, "CUSTOM");
+    std::vector<const ParamObj*> custom;
+    ASSERT_TRUE(qualifier->getStringQualList(nullptr, custom));
+    ASSERT_EQ(custom.size(), 2u);
+    const auto& frequencies = custom[0]->getValueList();
+    ASSERT_EQ(frequencies.size(), 2u);
+    EXPECT_FALSE(frequencies[1].fIsText);
+    EXPECT_EQ(frequencies[1].fNumber, 2);
+    const auto& categories = custom[1]->getValueList();
+    ASSERT_EQ(categories.size(), 2u);
+    EXPECT_TRUE(categories[1].fIsText);
+    EXPECT_EQ(categories[1].fText, "It's");
 
     const SubComObj* criteria = parsed->getSubComObj("CRITERIA");
     const ParamObj* seed = criteria->getParamObj("SEED");
@@ -178,7 +192,14 @@ TEST_F(CommandParserTest, RejectsMalformedCommands) {
         {"NPTESTS /MISSING SCOPE='ANALYSIS'", "not a quoted string", "'ANALYSIS'"},
         {"NPTESTS /ONESAMPLE TEST(score KOLMOGOROV_SMIRNOV", "this ( is not closed", "("},
         {"NPTESTS /ONESAMPLE KOLMOGOROV_SMIRNOV(NORMAL(SAMPLE) /CRITERIA", "is not closed", "("},
-        {"NPTESTS /ONESAMPLE RUNS(CUTPOINT=MEDIAN)) /CRITERIA", "no matching (", ")"},
+        {"NPTESTS /ONESAMPLE RUNS(GROUPCONTINUOUS=CUTPOINT(SAMPLEMEDIAN))) /CRITERIA",
+         "no matching (", ")"},
+        {"NPTESTS /ONESAMPLE BINOMIAL(SUCCESSCATEGORICAL=LIST())", "LIST needs a list of values",
+         "LIST"},
+        {"NPTESTS /ONESAMPLE CHISQUARE(EXPECTED=CUSTOM(FREQUENCIES=a))",
+         "FREQUENCIES needs a list of values", "FREQUENCIES"},
+        {"NPTESTS /INDEPENDENT KRUSKAL_WALLIS(COMPARE=ALL)", "bad value \"ALL\" for COMPARE",
+         "ALL"},
         {"NPTESTS /ONESAMPLE TEST()", "expected a variable name before )", ")"},
         {"NPTESTS /ONESAMPLE TEST(score 12)", "expected a variable name, not \"12\"", "12"},
         {"NPTESTS /ONESAMPLE TEST(time3 TO time1)", "runs backwards", "time3 TO time1"},

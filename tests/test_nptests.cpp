@@ -163,7 +163,7 @@ TEST(Nptests, RejectsUsageErrorsWithStatus2) {
         const char* fMessage;
     } cases[] = {
         {{"-f", "pdf", "a.xml"}, "unknown format \"pdf\""},
-        {{}, "no result document given"},
+        {{}, "no data file or result document given"},
         {{"a.xml", "--splits", "splits.json"}, "not both"},
         {{"--splits", "bad_variable.json"}, "split variable nosuch is not a variable of a.xml"},
         {{"--splits", "bad_values.json"}, "split 1 must have \"values\": a list of 1 number"},

@@ -92,6 +92,8 @@ private:
     bool ReadQualifiers(const ParamDescriptor& desc, ParamObj& obj, const Token& open);
     bool ReadQualifier(const ParamDescriptor& desc, ParamObj& obj);
     bool SkipBalanced(const Token& open);
+    bool ReadValueList(const ParamDescriptor& desc, ParamObj& obj, const Token& name);
+    ParamObj::ListValue ListValueOf(const Token& token) const;
 
     const CommandDescriptor& fGrammar;
     const VEXA_DataSource* fDataSource;
@@ -336,6 +338,8 @@ bool Reader::ReadKeyword(const ParamDescriptor& desc, ParamObj& obj, const Token
             return ReadQualifier(desc, obj);
         }
         return true;
+    case ParamDescriptor::kValueList:
+        return ReadValueList(desc, obj, name);
     case ParamDescriptor::kOpaque: {
         const size_t start = Peek().fOffset;
         if (PeekIs(Token::kEquals)) {
@@ -546,6 +550,76 @@ bool Reader::ReadQualifier(const ParamDescriptor& desc, ParamObj& obj) {
         return false;
     }
     obj.AddQualifier(std::move(qualifier));
+    return true;
+}
+
+ParamObj::ListValue Reader::ListValueOf(const Token& token) const {
+    ParamObj::ListValue value;
+    if (token.fKind == Token::kNumber) {
+        value.fNumber = token.fNumber;
+        return value;
+    }
+    value.fIsText = true;
+    const std::string_view written = Written(token);
+    if (token.fKind != Token::kString) {
+        value.fText = std::string(written);
+        return value;
+    }
+    const char quote = written.front(); // a doubled quote stands for itself
+    for (size_t i = 1; i + 1 < written.size(); ++i) {
+        value.fText += written[i];
+        if (written[i] == quote) {
+            ++i;
+        }
+    }
+    return value;
+}
+
+bool Reader::ReadValueList(const ParamDescriptor& desc, ParamObj& obj, const Token& name) {
+    std::vector<ParamObj::ListValue> values;
+    const bool equals = PeekIs(Token::kEquals);
+    if (equals) {
+        Next();
+    }
+    if (PeekIs(Token::kOpen)) {
+        const Token& open = Next();
+        for (;;) {
+            const Token& token = Peek();
+            if (token.fKind == Token::kClose) {
+                Next();
+                break;
+            }
+            if (token.fKind == Token::kComma) {
+                Next();
+                continue;
+            }
+            if (PeekIsEndOfList()) {
+                return FailUnclosed(open);
+            }
+            if (token.fKind != Token::kNumber && token.fKind != Token::kString &&
+                token.fKind != Token::kWord) {
+                return Fail("expected a value in the list of " + desc.fName + ", not " +
+                                Quoted(token),
+                            token);
+            }
+            values.push_back(ListValueOf(Next()));
+        }
+    } else if (equals) {
+        // KEY=v1 v2 ...: numbers and quoted strings up to the next word.
+        while (PeekIs(Token::kNumber) || PeekIs(Token::kString) || PeekIs(Token::kComma)) {
+            if (PeekIs(Token::kComma)) {
+                Next();
+                continue;
+            }
+            values.push_back(ListValueOf(Next()));
+        }
+    }
+    if (values.empty()) {
+        return Fail(desc.fName + " needs a list of values: " + desc.fName + "(1 2 3) or " +
+                        desc.fName + "('a' 'b')",
+                    name);
+    }
+    obj.SetValueList(std::move(values));
     return true;
 }
 

@@ -7,6 +7,7 @@ namespace {
 using P = ParamDescriptor;
 
 constexpr double kMaxInt = std::numeric_limits<int>::max();
+constexpr double kInf = std::numeric_limits<double>::infinity();
 
 // A distribution of the one-sample Kolmogorov-Smirnov test: estimated from
 // the sample (SAMPLE, SAMPLE=TRUE|FALSE) or with given parameters
@@ -17,10 +18,35 @@ P Distribution(const char* name, std::vector<P> parameters) {
                           P::Qualifiers("CUSTOM", std::move(parameters))},
                          true);
 }
+
+// Any number, or one of `words`: TESTVALUE=SAMPLE or TESTVALUE=12.5.
+P NumberOr(const char* name, std::vector<std::string> words) {
+    P desc = P::Number(name, -kInf, kInf, true);
+    desc.fWords = std::move(words);
+    return desc;
+}
+
+// Which categories are successes: the first one met in the data, or a list.
+P Categories(const char* name, const char* first) {
+    return P::Qualifiers(name, {P::Flag(first), P::ValueList("LIST")}, true);
+}
+
+// A cut point of a continuous field: CUTPOINT(MIDPOINT), CUTPOINT(VALUE=x), ...
+P CutPoint(const char* name, std::vector<const char*> words) {
+    std::vector<P> choices;
+    for (const char* word : words) {
+        choices.push_back(P::Flag(word));
+    }
+    choices.push_back(P::Number("VALUE", -kInf, kInf, true));
+    return P::Qualifiers(name, {P::Qualifiers("CUTPOINT", std::move(choices), true)}, true);
+}
+
+P Compare() {
+    return P::Words("COMPARE", {"PAIRWISE", "STEPWISE", "NONE"});
+}
 } // namespace
 
 CommandDescriptor NPTestsCommandDescriptor() {
-    const double inf = std::numeric_limits<double>::infinity();
     return CommandDescriptor(
         "NPTESTS", "Nonparametric Tests",
         {
@@ -31,30 +57,50 @@ CommandDescriptor NPTestsCommandDescriptor() {
                               P::Integer("SEED", 1, 2000000000, {"RANDOM"})}),
             SubComDescriptor(
                 "ONESAMPLE",
-                {P::VarList("TEST", "test variable list"), P::Opaque("CHISQUARE"),
-                 P::Opaque("BINOMIAL"), P::Opaque("RUNS"),
+                {P::VarList("TEST", "test variable list"),
+                 P::Qualifiers(
+                     "CHISQUARE",
+                     {P::Qualifiers(
+                         "EXPECTED",
+                         {P::Flag("EQUAL"), P::Qualifiers("CUSTOM", {P::ValueList("FREQUENCIES"),
+                                                                     P::ValueList("CATEGORIES")})},
+                         true)}),
+                 P::Qualifiers("BINOMIAL", {P::Number("TESTVALUE", 0, 1, true),
+                                            Categories("SUCCESSCATEGORICAL", "FIRST"),
+                                            CutPoint("SUCCESSCONTINUOUS", {"MIDPOINT"}),
+                                            P::Flag("CLOPPER_PEARSON"), P::Flag("JEFFREYS"),
+                                            P::Flag("LIKELIHOOD")}),
+                 P::Qualifiers("RUNS",
+                               {Categories("GROUPCATEGORICAL", "SAMPLE"),
+                                CutPoint("GROUPCONTINUOUS", {"SAMPLEMEDIAN", "SAMPLEMEAN"})}),
                  P::Qualifiers("KOLMOGOROV_SMIRNOV",
                                {P::Integer("NSAMPLES", 1, kMaxInt),
                                 P::Number("MC_CILEVEL", 0, 100, true),
-                                Distribution("NORMAL", {P::Number("MEAN", -inf, inf, false),
-                                                        P::Number("SD", 0, inf, true)}),
-                                Distribution("UNIFORM", {P::Number("MIN", -inf, inf, false),
-                                                         P::Number("MAX", -inf, inf, false)}),
-                                Distribution("EXPONENTIAL", {P::Number("MEAN", 0, inf, true)}),
-                                Distribution("POISSON", {P::Number("MEAN", 0, inf, true)})}),
-                 P::Opaque("WILCOXON")}),
-            SubComDescriptor("INDEPENDENT",
-                             {P::VarList("TEST", "test variable list"),
-                              P::Variable("GROUP", "grouping variable"), P::Opaque("MANN_WHITNEY"),
-                              P::Opaque("WALD_WOLFOWITZ"), P::Opaque("KOLMOGOROV_SMIRNOV"),
-                              P::Opaque("MOSES"), P::Opaque("HODGES_LEHMAN"),
-                              P::Opaque("KRUSKAL_WALLIS"), P::Opaque("MEDIAN"),
-                              P::Opaque("JONCKHEERE_TERPSTRA")}),
-            SubComDescriptor("RELATED", {P::VarList("TEST", "test variable list"),
-                                         P::Opaque("SIGN"), P::Opaque("WILCOXON"),
-                                         P::Opaque("MCNEMAR"), P::Opaque("MARGINAL_HOMOGENEITY"),
-                                         P::Opaque("COCHRAN"), P::Opaque("FRIEDMAN"),
-                                         P::Opaque("KENDALL"), P::Opaque("HODGES_LEHMAN")}),
+                                Distribution("NORMAL", {P::Number("MEAN", -kInf, kInf, false),
+                                                        P::Number("SD", 0, kInf, true)}),
+                                Distribution("UNIFORM", {P::Number("MIN", -kInf, kInf, false),
+                                                         P::Number("MAX", -kInf, kInf, false)}),
+                                Distribution("EXPONENTIAL", {P::Number("MEAN", 0, kInf, true)}),
+                                Distribution("POISSON", {P::Number("MEAN", 0, kInf, true)})}),
+                 P::Qualifiers("WILCOXON", {P::Number("TESTVALUE", -kInf, kInf, true)})}),
+            SubComDescriptor(
+                "INDEPENDENT",
+                {P::VarList("TEST", "test variable list"),
+                 P::Variable("GROUP", "grouping variable"), P::Flag("MANN_WHITNEY"),
+                 P::Flag("WALD_WOLFOWITZ"), P::Flag("KOLMOGOROV_SMIRNOV"),
+                 P::Qualifiers("MOSES", {P::Integer("TRIMOUTLIERS", 0, kMaxInt, {"SAMPLE"})}),
+                 P::Flag("HODGES_LEHMAN"), P::Qualifiers("KRUSKAL_WALLIS", {Compare()}),
+                 P::Qualifiers("MEDIAN", {NumberOr("TESTVALUE", {"SAMPLE"}), Compare()}),
+                 P::Qualifiers("JONCKHEERE_TERPSTRA",
+                               {P::Words("ORDER", {"ASCENDING", "DESCENDING"}), Compare()})}),
+            SubComDescriptor("RELATED",
+                             {P::VarList("TEST", "test variable list"), P::Flag("SIGN"),
+                              P::Flag("WILCOXON"),
+                              P::Qualifiers("MCNEMAR", {Categories("SUCCESS", "FIRST")}),
+                              P::Flag("MARGINAL_HOMOGENEITY"),
+                              P::Qualifiers("COCHRAN", {Categories("SUCCESS", "FIRST"), Compare()}),
+                              P::Qualifiers("FRIEDMAN", {Compare()}),
+                              P::Qualifiers("KENDALL", {Compare()}), P::Flag("HODGES_LEHMAN")}),
             SubComDescriptor("PRINT", {P::Flag("SUMMARY"), P::Flag("NONE")}),
         });
 }

@@ -4,7 +4,6 @@
 #include "host/parser/CommandDescriptor.h"
 
 // NPTESTS with its subcommands ONESAMPLE, INDEPENDENT, RELATED, CRITERIA,
-// MISSING and PRINT. The keywords that the procedure reads are typed (TEST,
-// GROUP, KOLMOGOROV_SMIRNOV of ONESAMPLE with its qualifiers, SEED, ...); the
-// tests of each family that only the engine reads are opaque.
+// MISSING and PRINT, every test keyword with its options (docs/command.md
+// describes them).
 CommandDescriptor NPTestsCommandDescriptor();

@@ -64,6 +64,12 @@ ParamDescriptor ParamDescriptor::Variable(std::string name, std::string role) {
     return desc;
 }
 
+ParamDescriptor ParamDescriptor::ValueList(std::string name) {
+    ParamDescriptor desc = Flag(std::move(name));
+    desc.fKind = kValueList;
+    return desc;
+}
+
 ParamDescriptor ParamDescriptor::Integer(std::string name, double min, double max,
                                          std::vector<std::string> words) {
     ParamDescriptor desc = Words(std::move(name), std::move(words));

@@ -16,6 +16,7 @@ public:
         kVariable,   // KEY(var): exactly one variable name
         kQualifiers, // KEY, KEY(q1 q2 ...) or KEY=q, each q described by fQualifiers
         kOpaque, // KEY, KEY=token, KEY(...) or KEY=token(...): any balanced text, kept as written
+        kValueList, // KEY(v1 v2 ...), KEY=(v1 v2 ...) or KEY=v1 v2 ...: numbers and quoted strings
     };
     enum NumberType { kNoNumber, kInteger, kReal };
 
@@ -33,6 +34,9 @@ public:
                                    std::vector<std::string> words = {});
     // KEY=number; the bounds are excluded when `open` is set.
     static ParamDescriptor Number(std::string name, double min, double max, bool open);
+    // A list of values: numbers and quoted strings (and unquoted words inside
+    // parentheses), for categories and frequencies.
+    static ParamDescriptor ValueList(std::string name);
     // KEY=one of `words`.
     static ParamDescriptor Words(std::string name, std::vector<std::string> words);
     // A keyword with qualifiers; with `single`, at most one of them (alternatives).

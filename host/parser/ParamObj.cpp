@@ -73,6 +73,7 @@ bool ParamObj::getStringAndQual(std::string& text, const ParamObj*& qualifier) c
         return true;
     case kNumber:
     case kVarList:
+    case kValueList:
         break;
     }
     return false;
@@ -96,6 +97,11 @@ void ParamObj::SetRaw(std::string text) {
 void ParamObj::SetVarList(std::vector<std::string> names) {
     fValueKind = kVarList;
     fVars = std::move(names);
+}
+
+void ParamObj::SetValueList(std::vector<ListValue> values) {
+    fValueKind = kValueList;
+    fValues = std::move(values);
 }
 
 ParamObj& ParamObj::AddQualifier(ParamObj qualifier) {

@@ -19,6 +19,15 @@ public:
         kVarList,    // TEST(a b c), GROUP(g): names after TO and ALL were resolved
         kQualifiers, // NORMAL(SAMPLE), NORMAL=SAMPLE, KOLMOGOROV_SMIRNOV(NSAMPLES=10 ...)
         kRaw,        // an opaque keyword's text after its name, as written
+        kValueList,  // FREQUENCIES=(1 2 3), LIST('a' 'b'): numbers and texts
+    };
+
+    // One value of a value list: a number, or a text (a quoted string without
+    // its quotes, or a word as written).
+    struct ListValue {
+        bool fIsText = false;
+        double fNumber = 0.0;
+        std::string fText;
     };
 
     explicit ParamObj(std::string name) : fName(std::move(name)) {}
@@ -57,6 +66,8 @@ public:
     // keyword alone "" and null. False for a number or a variable list.
     bool getStringAndQual(std::string& text, const ParamObj*& qualifier) const;
 
+    // The values of a value list; empty for any other kind of value.
+    const std::vector<ListValue>& getValueList() const { return fValues; }
     // The text of a kText or kRaw value.
     const std::string& getText() const { return fText; }
     const std::vector<ParamObj>& getQualifiers() const { return fQualifiers; }
@@ -66,6 +77,7 @@ public:
     void SetText(std::string text);
     void SetRaw(std::string text);
     void SetVarList(std::vector<std::string> names);
+    void SetValueList(std::vector<ListValue> values);
     // Appends a qualifier and makes the value a qualifier list.
     ParamObj& AddQualifier(ParamObj qualifier);
 
@@ -75,5 +87,6 @@ private:
     double fNumber = 0.0;
     std::string fText;
     std::vector<std::string> fVars;
+    std::vector<ListValue> fValues;
     std::vector<ParamObj> fQualifiers;
 };

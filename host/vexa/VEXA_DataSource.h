@@ -76,11 +76,16 @@ public:
     const VEXA_Format& GetFormat() const { return fFormat; }
     int GetMeasure() const { return fMeasure; }
     const VEXA_ValueLabelMap& GetValueLabels() const { return fValueLabels; }
+    // The user-missing values: numbers of a numeric variable, texts of a string variable.
+    const std::vector<double>& GetMissingNumbers() const { return fMissingNumbers; }
+    const std::vector<std::string>& GetMissingTexts() const { return fMissingTexts; }
 
     void SetLabel(std::string label) { fLabel = std::move(label); }
     void SetFormat(const VEXA_Format& format) { fFormat = format; }
     void SetMeasure(int measure) { fMeasure = measure; }
     VEXA_ValueLabelMap& ValueLabels() { return fValueLabels; }
+    void AddMissing(double value) { fMissingNumbers.push_back(value); }
+    void AddMissing(std::string value) { fMissingTexts.push_back(std::move(value)); }
 
 private:
     std::string fName;
@@ -89,6 +94,8 @@ private:
     int fMeasure = kUnknownMeasure;
     VEXA_Format fFormat;
     VEXA_ValueLabelMap fValueLabels;
+    std::vector<double> fMissingNumbers;
+    std::vector<std::string> fMissingTexts;
 };
 
 class VEXA_DataSource final {

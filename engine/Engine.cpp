@@ -1,0 +1,347 @@
+// The engine's driver: splits, missing values, the document's dictionary
+// and field information, and the families' writers.
+#include "engine/Engine.h"
+
+#include <algorithm>
+#include <cmath>
+#include <map>
+#include <numeric>
+#include <set>
+
+#include "engine/data/Dataset.h"
+#include "engine/data/SplitData.h"
+#include "engine/doc/Builders.h"
+#include "engine/doc/StatXml.h"
+#include "engine/plan/AnalysisPlan.h"
+
+namespace {
+// The categories of a categorical variable over the whole data: its valid
+// values and its labelled values, ascending. A string variable's categories
+// are its texts in byte order, valued by position.
+std::vector<Category> MakeCategories(const Dataset& data, int index, bool includeUserMissing) {
+    const Column& column = data.GetColumn(index);
+    const Variable& variable = column.fVariable;
+    std::vector<Category> categories;
+    auto labelOf = [&](const DataValue& value, const std::string& text) {
+        for (const ValueLabel& label : variable.fValueLabels) {
+            if (variable.IsString() ? label.fValue.fText == value.fText
+                                    : label.fValue.fNumber == value.fNumber) {
+                return label.fLabel;
+            }
+        }
+        return text;
+    };
+    auto userMissing = [&](const DataValue& value) {
+        if (includeUserMissing) {
+            return false;
+        }
+        for (const DataValue& missing : variable.fMissingValues) {
+            if (variable.IsString() ? missing.fText == value.fText
+                                    : missing.fNumber == value.fNumber) {
+                return true;
+            }
+        }
+        return false;
+    };
+    if (variable.IsString()) {
+        std::set<std::string> texts;
+        for (const std::string& text : column.fTexts) {
+            if (!text.empty()) {
+                texts.insert(text);
+            }
+        }
+        for (const ValueLabel& label : variable.fValueLabels) {
+            texts.insert(label.fValue.fText);
+        }
+        for (const std::string& text : texts) {
+            DataValue value;
+            value.fText = text;
+            if (!userMissing(value)) {
+                categories.push_back(
+                    {static_cast<double>(categories.size()), text, labelOf(value, text)});
+            }
+        }
+        return categories;
+    }
+    std::set<double> numbers;
+    if (variable.IsCategorical()) {
+        for (double number : column.fNumbers) {
+            if (number != kSysMis) {
+                numbers.insert(number);
+            }
+        }
+    }
+    for (const ValueLabel& label : variable.fValueLabels) {
+        numbers.insert(label.fValue.fNumber);
+    }
+    for (double number : numbers) {
+        DataValue value;
+        value.fNumber = number;
+        if (!userMissing(value)) {
+            const std::string text = FormatNumber(number);
+            categories.push_back({number, text, labelOf(value, text)});
+        }
+    }
+    return categories;
+}
+
+// The values of a variable for the given rows, as the tests see them.
+std::vector<double> FieldValues(const Dataset& data, int index, const SplitData::Field& field,
+                                const std::vector<std::size_t>& rows, bool includeUserMissing) {
+    const Column& column = data.GetColumn(index);
+    std::vector<double> values;
+    values.reserve(rows.size());
+    std::map<std::string, double, std::less<>> positions;
+    if (column.fVariable.IsString()) {
+        for (const Category& category : field.fCategories) {
+            positions.emplace(category.fText, category.fValue);
+        }
+    }
+    for (std::size_t row : rows) {
+        if (data.IsSysMissing(index, row) ||
+            (!includeUserMissing && data.IsUserMissing(index, row))) {
+            values.push_back(kSysMis);
+        } else if (column.fVariable.IsString()) {
+            auto at = positions.find(column.fTexts[row]);
+            values.push_back(at == positions.end() ? kSysMis : at->second);
+        } else {
+            values.push_back(column.fNumbers[row]);
+        }
+    }
+    return values;
+}
+
+// A width of 1, 2 or 5 times a power of ten near `raw`.
+double NiceWidth(double raw) {
+    const double power = std::pow(10.0, std::floor(std::log10(raw)));
+    const double scaled = raw / power;
+    return (scaled <= 1 ? 1 : scaled <= 2 ? 2 : scaled <= 5 ? 5 : 10) * power;
+}
+
+// Histogram bins of a continuous field: whole numbers over a short range get
+// one bin per number; otherwise about 1 + log2(n) bins of a round width,
+// aligned on multiples of the width.
+std::vector<HistogramBin> Histogram(std::span<const double> values, double min, double max) {
+    std::vector<HistogramBin> bins;
+    if (values.empty()) {
+        return bins;
+    }
+    const bool whole =
+        std::all_of(values.begin(), values.end(), [](double v) { return v == std::trunc(v); });
+    double width = 1;
+    double start = 0;
+    if (whole && max - min <= 30) {
+        start = min - 0.5;
+    } else {
+        const double bins0 = std::ceil(std::log2(static_cast<double>(values.size()))) + 1;
+        width = max > min ? NiceWidth((max - min) / bins0) : 1;
+        start = std::floor(min / width) * width;
+    }
+    const std::size_t count =
+        static_cast<std::size_t>(std::min(1000.0, std::floor((max - start) / width) + 1));
+    bins.resize(count);
+    for (std::size_t i = 0; i < count; ++i) {
+        bins[i].fMidpoint = start + (static_cast<double>(i) + 0.5) * width;
+    }
+    for (double value : values) {
+        const double at = std::floor((value - start) / width);
+        const std::size_t bin = static_cast<std::size_t>(std::clamp(at, 0.0, double(count - 1)));
+        bins[bin].fCount += 1;
+    }
+    return bins;
+}
+
+void AddFieldInfo(const SplitData& split, int field, Document& doc) {
+    const std::vector<double> valid = split.ValidValues(field);
+    const Variable& variable = split.GetVariable(field);
+    const double total = static_cast<double>(valid.size());
+    if (variable.IsCategorical() || variable.IsString()) {
+        std::vector<double> counts(split.Categories(field).size(), 0.0);
+        for (double value : valid) {
+            const int at = split.CategoryPosition(field, value);
+            if (at >= 0) {
+                counts[static_cast<std::size_t>(at)] += 1;
+            }
+        }
+        doc.AddCategoricalInfo(split.DocumentIndex(field), total, counts);
+        return;
+    }
+    if (valid.empty()) {
+        doc.AddContinuousInfo(split.DocumentIndex(field), 0, kSysMis, kSysMis, kSysMis, kSysMis,
+                              {});
+        return;
+    }
+    const auto [lo, hi] = std::minmax_element(valid.begin(), valid.end());
+    const double mean = std::accumulate(valid.begin(), valid.end(), 0.0) / total;
+    double squares = 0;
+    for (double value : valid) {
+        squares += (value - mean) * (value - mean);
+    }
+    const double sd = valid.size() > 1 ? std::sqrt(squares / (total - 1)) : kSysMis;
+    doc.AddContinuousInfo(split.DocumentIndex(field), total, *lo, *hi, mean, sd,
+                          Histogram(valid, *lo, *hi));
+}
+
+DocumentField MakeDocumentField(const Variable& variable, const std::vector<Category>& categories) {
+    DocumentField field;
+    field.fName = variable.fName;
+    field.fLabel = variable.fLabel;
+    field.fLevel = variable.IsString() && variable.fLevel == MeasureLevel::kContinuous
+                       ? MeasureLevel::kNominal
+                       : variable.fLevel;
+    field.fType = variable.fType;
+    if (variable.IsCategorical() || variable.IsString()) {
+        for (const Category& category : categories) {
+            field.fValues.emplace_back(category.fText, category.fLabel);
+        }
+    }
+    return field;
+}
+} // namespace
+
+bool ResolveSplitBy(const Dataset& data, const std::vector<std::string>& names,
+                    std::vector<int>& indices, std::string& error) {
+    indices.clear();
+    for (const std::string& name : names) {
+        const int index = data.FindVariable(name);
+        if (index < 0) {
+            error = "--split-by: the variable " + name + " is not in the data";
+            return false;
+        }
+        if (data.GetVariable(index).IsString()) {
+            error = "--split-by: " + name +
+                    " is a string variable; split by a numeric variable (codes with value "
+                    "labels)";
+            return false;
+        }
+        if (std::find(indices.begin(), indices.end(), index) != indices.end()) {
+            error = "--split-by: " + name + " is named twice";
+            return false;
+        }
+        indices.push_back(index);
+    }
+    return true;
+}
+
+bool RunEngine(const Dataset& data, const CommandSpec& command, const EngineOptions& options,
+               std::vector<SplitDocument>& documents, std::string& error) {
+    std::optional<AnalysisPlan> plan = MakeAnalysisPlan(command, data, error);
+    if (!plan) {
+        return false;
+    }
+    std::vector<int> splitBy;
+    if (!ResolveSplitBy(data, options.fSplitBy, splitBy, error)) {
+        return false;
+    }
+    const std::vector<int> fields = plan->Fields();
+    for (int field : fields) {
+        if (std::find(splitBy.begin(), splitBy.end(), field) != splitBy.end()) {
+            error = "--split-by: " + data.GetVariable(field).fName +
+                    " splits the data and cannot also be a field of a test";
+            return false;
+        }
+    }
+    const bool includeUser = plan->fMissing.fIncludeUserMissing;
+
+    // The rows of each split, in ascending order of the split values.
+    std::map<std::vector<double>, std::vector<std::size_t>> splits;
+    for (std::size_t row = 0; row < data.CaseCount(); ++row) {
+        std::vector<double> key;
+        bool missing = false;
+        for (int index : splitBy) {
+            missing = missing || data.IsSysMissing(index, row) ||
+                      (!includeUser && data.IsUserMissing(index, row));
+            key.push_back(data.GetColumn(index).fNumbers[row]);
+        }
+        if (!missing) {
+            splits[key].push_back(row);
+        }
+    }
+    if (splits.empty() && splitBy.empty()) {
+        splits[{}]; // an empty data set still gives its one split
+    }
+
+    // The document's dictionary: every variable, then a closing field that
+    // needs no field information.
+    std::vector<std::vector<Category>> categories(static_cast<std::size_t>(data.VariableCount()));
+    for (int i = 0; i < data.VariableCount(); ++i) {
+        categories[static_cast<std::size_t>(i)] = MakeCategories(data, i, includeUser);
+    }
+
+    documents.clear();
+    std::size_t number = 0;
+    for (const auto& [key, allRows] : splits) {
+        if (options.fProgress) {
+            options.fProgress(number, splits.size());
+        }
+        ++number;
+        SplitData split;
+        split.fFields.resize(static_cast<std::size_t>(data.VariableCount()));
+        for (int i = 0; i < data.VariableCount(); ++i) {
+            split.fFields[static_cast<std::size_t>(i)].fVariable = &data.GetVariable(i);
+            split.fFields[static_cast<std::size_t>(i)].fCategories =
+                categories[static_cast<std::size_t>(i)];
+        }
+        for (int field : fields) {
+            SplitData::Field& entry = split.fFields[static_cast<std::size_t>(field)];
+            entry.fValues = FieldValues(data, field, entry, allRows, includeUser);
+        }
+        // Listwise: a case missing on any field of the command leaves every test.
+        std::vector<std::size_t> kept(allRows.size());
+        std::iota(kept.begin(), kept.end(), 0);
+        if (plan->fMissing.fListwise) {
+            kept = split.ValidCases(fields);
+            for (int field : fields) {
+                std::vector<double>& values =
+                    split.fFields[static_cast<std::size_t>(field)].fValues;
+                std::vector<double> keptValues;
+                keptValues.reserve(kept.size());
+                for (std::size_t at : kept) {
+                    keptValues.push_back(values[at]);
+                }
+                values = std::move(keptValues);
+            }
+        }
+        for (std::size_t at : kept) {
+            split.fCaseNumbers.push_back(static_cast<double>(allRows[at] + 1));
+        }
+
+        Document doc;
+        std::string comment =
+            "Nonparametric tests of " +
+            (options.fDataName.empty() ? std::string("the data") : options.fDataName);
+        for (std::size_t k = 0; k < splitBy.size(); ++k) {
+            comment += (k == 0 ? "; split " : ", ") + data.GetVariable(splitBy[k]).fName + " = " +
+                       FormatNumber(key[k]);
+        }
+        doc.SetComment(comment);
+        doc.SetCounts({static_cast<long long>(allRows.size()),
+                       static_cast<long long>(allRows.size() - kept.size())});
+        doc.SetSettings(plan->fCriteria.fAlpha, plan->fCriteria.fCILevel / 100.0,
+                        plan->fMissing.fListwise ? MissingTreatment::kListwise
+                                                 : MissingTreatment::kTestwise);
+        for (int i = 0; i < data.VariableCount(); ++i) {
+            doc.AddField(
+                MakeDocumentField(data.GetVariable(i), categories[static_cast<std::size_t>(i)]));
+        }
+        DocumentField closing;
+        closing.fName = "$CaseNumber";
+        closing.fLabel = "Case number";
+        doc.AddField(closing);
+
+        if (plan->fOneSample) {
+            WriteOneSampleTests(split, *plan->fOneSample, plan->fCriteria, doc);
+        }
+        if (plan->fIndependent) {
+            WriteIndependentTests(split, *plan->fIndependent, plan->fCriteria, doc);
+        }
+        if (plan->fRelated) {
+            WriteRelatedTests(split, *plan->fRelated, plan->fCriteria, doc);
+        }
+        for (int field : fields) {
+            AddFieldInfo(split, field, doc);
+        }
+        documents.push_back({key, doc.Write()});
+    }
+    return true;
+}

@@ -1,0 +1,36 @@
+// The engine: from a data set and a parsed NPTESTS command to one result
+// document per split of the data, as the procedure module reads them.
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+class CommandSpec;
+class Dataset;
+
+struct EngineOptions {
+    std::string fDataName;             // the data file, named in each document's comment
+    std::vector<std::string> fSplitBy; // split variables; none: one split of every case
+    // Called before each split is computed with its number (from 0) and the count.
+    std::function<void(std::size_t split, std::size_t splits)> fProgress;
+};
+
+struct SplitDocument {
+    std::vector<double> fSplitValues; // the split's value of each split variable
+    std::string fDocument;            // the result document
+};
+
+// Plans the tests the command asks for and computes them on every split:
+// one split per combination of the split variables' values, in ascending
+// order of the values (cases with a missing split value belong to no split).
+// False with `error` set when the command does not fit the data (an unknown
+// variable, an option that does not fit its field, a string split variable)
+// or a split variable is unknown; the message names the option or variable.
+bool RunEngine(const Dataset& data, const CommandSpec& command, const EngineOptions& options,
+               std::vector<SplitDocument>& documents, std::string& error);
+
+// The split variables' indices in `data`; false with `error` set when one is
+// not there or is not numeric.
+bool ResolveSplitBy(const Dataset& data, const std::vector<std::string>& names,
+                    std::vector<int>& indices, std::string& error);
