@@ -142,9 +142,3 @@ TEST(OneSampleRandom, DeviatesHaveTheirDistributions) {
     Random a(1), b(2);
     EXPECT_NE(a.Bits(), b.Bits());
 }
-
-TEST(OneSampleReasons, EveryReasonHasAText) {
-    for (int r = 0; r <= static_cast<int>(OneSampleReason::kOutsideSupport); ++r) {
-        EXPECT_STRNE(OneSampleReasonText(static_cast<OneSampleReason>(r)), "unknown reason");
-    }
-}
