@@ -75,6 +75,11 @@ TEST(OneSampleHistogram, BinsOfAGivenWidth) {
     const ValueHistogram coarse = MakeHistogram(wide, 1e-3, 0);
     EXPECT_LE(coarse.fBins.size(), 100001u);
     EXPECT_EQ(TotalCount(coarse), 2u);
+    // A range beyond the doubles: one bin.
+    const std::vector<double> extreme{-1e308, 0, 1e308};
+    EXPECT_EQ(MakeHistogram(extreme, 1, 0).fBins.size(), 1u);
+    EXPECT_EQ(MakeHistogram(extreme).fBins.size(), 1u);
+    EXPECT_EQ(TotalCount(MakeHistogram(extreme)), 3u);
 }
 
 TEST(OneSampleHistogram, ChosenWidths) {
