@@ -381,6 +381,10 @@ bool SaveDocuments(const std::string& folder, const std::vector<CFSplitDocument>
                    const std::vector<std::string>& splitNames, bool heading) {
     std::error_code ec;
     std::filesystem::create_directories(folder, ec);
+    if (ec) {
+        std::cerr << "nptests: cannot make the folder " << folder << ": " << ec.message() << "\n";
+        return false;
+    }
     nlohmann::ordered_json plan;
     plan["variables"] = splitNames;
     plan["heading"] = heading;
@@ -388,13 +392,13 @@ bool SaveDocuments(const std::string& folder, const std::vector<CFSplitDocument>
     for (std::size_t i = 0; i < splits.size(); ++i) {
         const std::string name = "split_" + std::to_string(i + 1) + ".xml";
         const std::string path = (std::filesystem::path(folder) / name).string();
-        if (!WriteOutput(path, splits[i].fResultDocument)) {
+        if (!WriteText(path, splits[i].fResultDocument)) {
             return false;
         }
         plan["splits"].push_back({{"document", name}, {"values", splits[i].fSplitValues}});
     }
-    return WriteOutput((std::filesystem::path(folder) / "splits.json").string(),
-                       plan.dump(2) + "\n");
+    return WriteText((std::filesystem::path(folder) / "splits.json").string(),
+                     plan.dump(2) + "\n");
 }
 
 // With --data: reads the data and the dictionary and parses the command.
@@ -475,7 +479,7 @@ int ComputeSplits(const Options& options, const Dataset& data, const CommandSpec
     }
     if (!options.fWriteDocuments.empty() &&
         !SaveDocuments(options.fWriteDocuments, splits, options.fSplitBy, !options.fSplitTable)) {
-        return kExitUsage;
+        return kExitIo;
     }
     return kExitOk;
 }
