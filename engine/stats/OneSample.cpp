@@ -126,6 +126,15 @@ bool IsWholeNumber(double v) {
     return std::floor(v) == v;
 }
 
+// One bin for values whose range exceeds the doubles (near -1e308 and 1e308 at once).
+ValueHistogram WholeRange(std::span<const double> values, double low, double high) {
+    ValueHistogram histogram;
+    histogram.fOrigin = low;
+    histogram.fWidth = kNotApplicable;
+    histogram.fBins.push_back({0.5 * low + 0.5 * high, values.size()});
+    return histogram;
+}
+
 } // namespace
 
 ValueHistogram MakeHistogram(std::span<const double> values, double width, double origin) {
@@ -139,6 +148,9 @@ ValueHistogram MakeHistogram(std::span<const double> values, double width, doubl
         return histogram;
     }
     const auto [low, high] = std::minmax_element(values.begin(), values.end());
+    if (!std::isfinite(*high - *low)) {
+        return WholeRange(values, *low, *high);
+    }
     while ((*high - *low) / width > kMaxBins) {
         width *= 2;
     }
@@ -166,6 +178,9 @@ ValueHistogram MakeHistogram(std::span<const double> values) {
     }
     const auto [low, high] = std::minmax_element(values.begin(), values.end());
     const double range = *high - *low;
+    if (!std::isfinite(range)) {
+        return WholeRange(values, *low, *high);
+    }
     const bool whole = std::all_of(values.begin(), values.end(), IsWholeNumber);
     if (range == 0 || (whole && range <= 40)) {
         return MakeHistogram(values, 1.0, *low - 0.5);

@@ -53,7 +53,8 @@ struct ValueBin {
 };
 
 // Bins [fOrigin + i * fWidth, fOrigin + (i + 1) * fWidth), from the bin that holds the
-// smallest value to the one that holds the largest. The counts add up to N.
+// smallest value to the one that holds the largest. The counts add up to N. Values whose
+// range is beyond the doubles get one bin of width NaN.
 struct ValueHistogram {
     double fOrigin = 0;
     double fWidth = 1;

@@ -6,7 +6,6 @@
 #include <vector>
 
 #include "engine/stats/OneSampleMath.h"
-#include "engine/stats/Ranks.h"
 
 namespace {
 
@@ -64,37 +63,70 @@ OneSampleWilcoxonResult OneSampleWilcoxon(std::span<const double> values,
         return result;
     }
     result.fObservedMedian = Median(values);
-    std::vector<double> magnitudes;
-    std::vector<bool> positive;
+    // The magnitudes of the positive differences fill the buffer from the front, those of the
+    // negative ones from the back; each part is sorted on its own (plain sorts of doubles,
+    // cheaper than one sort of value and sign), and one merge of the two gives the mid-ranks.
+    std::vector<double> magnitudes(values.size());
+    std::size_t front = 0;
+    std::size_t back = values.size();
     for (double v : values) {
         const double d = v - hypothesizedMedian;
-        if (d == 0) {
+        if (d > 0) {
+            magnitudes[front++] = d;
+        } else if (d < 0) {
+            magnitudes[--back] = -d;
+        } else {
             ++result.fZero;
-            continue;
         }
-        (d > 0 ? result.fPositive : result.fNegative) += 1;
-        magnitudes.push_back(std::fabs(d));
-        positive.push_back(d > 0);
     }
-    if (magnitudes.empty()) {
+    result.fPositive = front;
+    result.fNegative = values.size() - back;
+    if (front == 0 && back == values.size()) {
         result.fReason = OneSampleReason::kAllDifferencesZero;
         return result;
     }
-    const Ranking ranking = RankValues(magnitudes);
+    const auto positives = magnitudes.begin();
+    const auto negatives = magnitudes.begin() + static_cast<std::ptrdiff_t>(back);
+    std::sort(positives, positives + static_cast<std::ptrdiff_t>(front));
+    std::sort(negatives, magnitudes.end());
+    const std::size_t count = result.fPositive + result.fNegative;
+    const bool exact = count <= kWilcoxonExactMaxCases;
+    std::vector<double> ranks; // every mid-rank, for the exact distribution
     double plus = 0;
-    double minus = 0;
-    for (std::size_t i = 0; i < magnitudes.size(); ++i) {
-        (positive[i] ? plus : minus) += ranking.fRanks[i];
+    double tieSum = 0;
+    std::size_t p = 0, q = back, below = 0;
+    while (p < front || q < values.size()) {
+        // The next magnitude and how many positive (a) and negative (b) differences share it.
+        const double m = q == values.size() || (p < front && magnitudes[p] < magnitudes[q])
+                             ? magnitudes[p]
+                             : magnitudes[q];
+        std::size_t a = 0, b = 0;
+        while (p < front && magnitudes[p] == m) {
+            ++p;
+            ++a;
+        }
+        while (q < values.size() && magnitudes[q] == m) {
+            ++q;
+            ++b;
+        }
+        const double t = static_cast<double>(a + b);
+        const double midRank = static_cast<double>(below) + (t + 1) / 2;
+        plus += static_cast<double>(a) * midRank;
+        tieSum += t * t * t - t;
+        if (exact) {
+            ranks.insert(ranks.end(), a + b, midRank);
+        }
+        below += a + b;
     }
-    const double n = static_cast<double>(magnitudes.size());
+    const double n = static_cast<double>(count);
     result.fStatistic = plus;
-    result.fNegativeRankSum = minus;
+    result.fNegativeRankSum = n * (n + 1) / 2 - plus;
     result.fMean = n * (n + 1) / 4;
-    result.fStandardError = std::sqrt(n * (n + 1) * (2 * n + 1) / 24 - ranking.fTieSum / 48);
+    result.fStandardError = std::sqrt(n * (n + 1) * (2 * n + 1) / 24 - tieSum / 48);
     result.fStandardized = (plus - result.fMean) / result.fStandardError;
     result.fAsymptoticSig2Tailed = onesample::NormalTwoSided(result.fStandardized);
-    if (magnitudes.size() <= kWilcoxonExactMaxCases) {
-        result.fExactSig2Tailed = ExactSignedRankSig(ranking.fRanks, plus);
+    if (exact) {
+        result.fExactSig2Tailed = ExactSignedRankSig(ranks, plus);
     }
     return result;
 }

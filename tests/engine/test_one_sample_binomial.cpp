@@ -75,16 +75,17 @@ TEST(OneSampleBinomial, MatchesRAcrossProportionsAndEdges) {
 TEST(OneSampleBinomial, SuccessesOfRDatasets) {
     REQUIRE_R();
     // Cities with at most 30 inches of rain a year; eruptions of at most 3 minutes.
-    const BinomialCounts dry = CountByCutPoint(RData("precip"), 30);
-    const BinomialCounts short_eruptions = CountByCutPoint(RData("faithful$eruptions"), 3);
+    const std::vector<std::vector<double>> data =
+        RDataSets({"precip", "faithful$eruptions", "as.integer(InsectSprays$spray)",
+                   "c(sum(precip <= 30), sum(faithful$eruptions <= 3), "
+                   "sum(InsectSprays$spray %in% c('A', 'B')), "
+                   "sum(InsectSprays$spray %in% c('C', 'D')))"});
+    const BinomialCounts dry = CountByCutPoint(data[0], 30);
+    const BinomialCounts short_eruptions = CountByCutPoint(data[1], 3);
     // Sprays A and B succeed, C and D fail, E and F are in neither list.
     const BinomialCounts sprays =
-        CountByCategories(RData("as.integer(InsectSprays$spray)"), std::vector<double>{1, 2},
-                          std::vector<double>{3, 4});
-    const std::vector<double> r =
-        RunR("cat(sum(precip <= 30), sum(faithful$eruptions <= 3), "
-             "sum(InsectSprays$spray %in% c('A', 'B')), sum(InsectSprays$spray %in% c('C', "
-             "'D')))");
+        CountByCategories(data[2], std::vector<double>{1, 2}, std::vector<double>{3, 4});
+    const std::vector<double>& r = data[3];
     ASSERT_EQ(r.size(), 4u);
     EXPECT_EQ(dry.fSuccesses, r[0]);
     EXPECT_EQ(dry.fSuccesses + dry.fFailures, 70u);

@@ -5,83 +5,82 @@
 
 namespace {
 
-// Statistic, df, significance and expected counts of chisq.test on the counts of `values`
-// over `categories` with relative frequencies `weights` (equal when empty).
-std::vector<double> RChiSquare(const std::vector<double>& values,
-                               const std::vector<double>& categories,
-                               const std::vector<double>& weights) {
-    std::string script = "x <- " + RVector(values) + "\nlev <- " + RVector(categories) +
-                         "\nt <- table(factor(x[x %in% lev], levels = lev))\n";
-    script += weights.empty() ? "r <- suppressWarnings(chisq.test(t))\n"
-                              : "r <- suppressWarnings(chisq.test(t, p = " + RVector(weights) +
-                                    ", rescale.p = TRUE))\n";
-    script += "cat(r$statistic, r$parameter, r$p.value, r$expected)";
-    return RunR(script);
-}
+struct ChiSquareCase {
+    std::vector<double> fValues;
+    std::vector<double> fCategories; // empty: the distinct values
+    std::vector<double> fWeights;    // empty: equal
+};
 
-void ExpectMatchesR(const std::vector<double>& values, const std::vector<double>& categories,
-                    const std::vector<double>& weights) {
-    const OneSampleChiSquareResult result = ChiSquareGoodnessOfFit(values, categories, weights);
-    ASSERT_TRUE(result.Computed()) << OneSampleReasonText(result.fReason);
-    const std::vector<double> r = RChiSquare(values, categories, weights);
-    ASSERT_EQ(r.size(), 3 + categories.size());
-    EXPECT_STAT(result.fStatistic, r[0]);
-    EXPECT_EQ(result.fDegreesOfFreedom, r[1]);
-    EXPECT_SIG(result.fAsymptoticSig, r[2]);
-    for (std::size_t i = 0; i < categories.size(); ++i) {
-        EXPECT_STAT(result.fExpected[i], r[3 + i]) << "category " << categories[i];
+// chisq.test on the counts of each case's values over its categories: statistic, df,
+// significance and expected counts, a line per case, from one run of R.
+void ExpectMatchChisqTest(const std::vector<ChiSquareCase>& cases) {
+    std::string script;
+    std::vector<OneSampleChiSquareResult> results;
+    for (const ChiSquareCase& c : cases) {
+        results.push_back(ChiSquareGoodnessOfFit(c.fValues, c.fCategories, c.fWeights));
+        script += "x <- " + RVector(c.fValues) + "\nlev <- " + RVector(results.back().fCategories) +
+                  "\nt <- table(factor(x[x %in% lev], levels = lev))\n";
+        script += c.fWeights.empty()
+                      ? "r <- suppressWarnings(chisq.test(t))\n"
+                      : "r <- suppressWarnings(chisq.test(t, p = " + RVector(c.fWeights) +
+                            ", rescale.p = TRUE))\n";
+        script += "cat(r$statistic, r$parameter, r$p.value, r$expected, '\\n')\n";
     }
+    const std::vector<double> r = RunR(script);
+    std::size_t at = 0;
+    for (const OneSampleChiSquareResult& result : results) {
+        SCOPED_TRACE(testing::Message() << "case of " << result.fTotalN << " cases");
+        ASSERT_TRUE(result.Computed()) << OneSampleReasonText(result.fReason);
+        const std::size_t k = result.fCategories.size();
+        ASSERT_LE(at + 3 + k, r.size());
+        EXPECT_STAT(result.fStatistic, r[at]);
+        EXPECT_EQ(result.fDegreesOfFreedom, r[at + 1]);
+        EXPECT_SIG(result.fAsymptoticSig, r[at + 2]);
+        for (std::size_t i = 0; i < k; ++i) {
+            EXPECT_STAT(result.fExpected[i], r[at + 3 + i]) << "category " << i;
+        }
+        at += 3 + k;
+    }
+    EXPECT_EQ(at, r.size());
 }
 
 } // namespace
 
-TEST(OneSampleChiSquare, EqualFrequenciesOnRDatasets) {
+TEST(OneSampleChiSquare, MatchesChisqTestOnRDatasetsAndRandomData) {
     REQUIRE_R();
-    // Insect counts per sprayed plot; the categories are the distinct counts.
-    const std::vector<double> counts = RData("InsectSprays$count");
-    const OneSampleChiSquareResult insects = ChiSquareGoodnessOfFit(counts);
-    ExpectMatchesR(counts, insects.fCategories, {});
-    // Spray letters as codes 1 to 6: balanced, so the statistic is 0.
-    const std::vector<double> sprays = RData("as.integer(InsectSprays$spray)");
-    const OneSampleChiSquareResult balanced = ChiSquareGoodnessOfFit(sprays);
-    EXPECT_EQ(balanced.fStatistic, 0.0);
-    EXPECT_EQ(balanced.fAsymptoticSig, 1.0);
-    // Annual rainfall of 70 US cities in classes of 10 inches.
-    ExpectMatchesR(RData("precip %/% 10"), {0, 1, 2, 3, 4, 5, 6}, {});
-}
-
-TEST(OneSampleChiSquare, CustomFrequenciesAndCategoriesOnRDatasets) {
-    REQUIRE_R();
-    // Breaks of yarn per loom in classes of 10, against decreasing expected frequencies.
-    const std::vector<double> breaks = RData("warpbreaks$breaks %/% 10");
-    ExpectMatchesR(breaks, {1, 2, 3, 4, 5, 6, 7}, {20, 30, 25, 12, 6, 4, 3});
-    // Only classes 2 to 4 tested: the others are outside the categories.
-    const std::vector<double> categories{4, 2, 3};
-    const std::vector<double> weights{1, 2, 2};
-    const OneSampleChiSquareResult result = ChiSquareGoodnessOfFit(breaks, categories, weights);
-    ExpectMatchesR(breaks, categories, weights);
-    EXPECT_EQ(result.fTotalN + result.fOutsideCount, breaks.size());
-    EXPECT_EQ(result.fValuesOutside, (std::vector<double>{1, 5, 6, 7}));
-    EXPECT_EQ(result.fCategories, categories);
-    // Geyser eruptions longer than 3 minutes against a one-to-two split.
-    const std::vector<double> long_eruptions = RData("as.integer(faithful$eruptions > 3)");
-    ExpectMatchesR(long_eruptions, {0, 1}, {1, 2});
-}
-
-TEST(OneSampleChiSquare, RandomDataWithEmptyCategoriesAndSmallExpectations) {
-    REQUIRE_R();
+    // Insect counts per sprayed plot (categories: the distinct counts); rainfall of 70 US
+    // cities and breaks of yarn per loom in classes of 10; geyser eruptions over 3 minutes.
+    const std::vector<std::vector<double>> data =
+        RDataSets({"InsectSprays$count", "precip %/% 10", "warpbreaks$breaks %/% 10",
+                   "as.integer(faithful$eruptions > 3)", "as.integer(InsectSprays$spray)"});
+    // Random whole numbers 0 to 5, and a category 9 that never occurs (observed 0).
     Random random(11);
-    std::vector<double> values(30);
-    for (double& v : values) {
+    std::vector<double> random_values(30);
+    for (double& v : random_values) {
         v = std::floor(random.Uniform() * random.Uniform() * 6);
     }
-    // Category 9 never occurs: observed 0, and its expected count still counts.
-    const std::vector<double> categories{0, 1, 2, 3, 4, 5, 9};
-    ExpectMatchesR(values, categories, {});
-    const OneSampleChiSquareResult result = ChiSquareGoodnessOfFit(values, categories);
-    EXPECT_EQ(result.fObserved.back(), 0.0);
-    EXPECT_EQ(result.fExpectedBelowFive, 7u); // 30 / 7 expected in each
-    EXPECT_DOUBLE_EQ(result.fMinimumExpected, 30.0 / 7);
+    ExpectMatchChisqTest({{data[0], {}, {}},
+                          {data[1], {0, 1, 2, 3, 4, 5, 6}, {}},
+                          {data[2], {1, 2, 3, 4, 5, 6, 7}, {20, 30, 25, 12, 6, 4, 3}},
+                          {data[2], {4, 2, 3}, {1, 2, 2}},
+                          {data[3], {0, 1}, {1, 2}},
+                          {random_values, {0, 1, 2, 3, 4, 5, 9}, {}}});
+    // Only classes 2 to 4 tested, in the order given: the others are outside the categories.
+    const std::vector<double> categories{4, 2, 3};
+    const OneSampleChiSquareResult part = ChiSquareGoodnessOfFit(data[2], categories);
+    EXPECT_EQ(part.fTotalN + part.fOutsideCount, data[2].size());
+    EXPECT_EQ(part.fValuesOutside, (std::vector<double>{1, 5, 6, 7}));
+    EXPECT_EQ(part.fCategories, categories);
+    // Spray letters as codes 1 to 6: balanced, so the statistic is 0.
+    const OneSampleChiSquareResult balanced = ChiSquareGoodnessOfFit(data[4]);
+    EXPECT_EQ(balanced.fStatistic, 0.0);
+    EXPECT_EQ(balanced.fAsymptoticSig, 1.0);
+    // 30 cases over 7 categories: every expected count below 5.
+    const std::vector<double> seven{0, 1, 2, 3, 4, 5, 9};
+    const OneSampleChiSquareResult sparse = ChiSquareGoodnessOfFit(random_values, seven);
+    EXPECT_EQ(sparse.fObserved.back(), 0.0);
+    EXPECT_EQ(sparse.fExpectedBelowFive, 7u);
+    EXPECT_DOUBLE_EQ(sparse.fMinimumExpected, 30.0 / 7);
 }
 
 TEST(OneSampleChiSquare, CannotCompute) {

@@ -140,26 +140,6 @@ TEST(OneSampleRuns, CategoriesOnRDatasets) {
     EXPECT_EQ(cylinders.fValuesOutside, std::vector<double>{6});
 }
 
-TEST(OneSampleRuns, SymmetricInOrderAndClasses) {
-    Random random(5);
-    std::vector<std::uint8_t> classes(41);
-    for (auto& c : classes) {
-        c = random.Uniform() < 0.4;
-    }
-    const OneSampleRunsResult forward = RunsTest(classes);
-    std::vector<std::uint8_t> reversed(classes.rbegin(), classes.rend());
-    std::vector<std::uint8_t> swapped(classes);
-    for (auto& c : swapped) {
-        c = !c;
-    }
-    for (const auto& other : {reversed, swapped}) {
-        const OneSampleRunsResult result = RunsTest(other);
-        EXPECT_EQ(result.fRuns, forward.fRuns);
-        EXPECT_DOUBLE_EQ(result.fStandardized, forward.fStandardized);
-        EXPECT_DOUBLE_EQ(result.fExactSig2Tailed, forward.fExactSig2Tailed);
-    }
-}
-
 TEST(OneSampleRuns, CannotCompute) {
     EXPECT_EQ(RunsTest({}).fReason, OneSampleReason::kNoCases);
     const std::vector<std::uint8_t> one{1};

@@ -3,17 +3,57 @@
 #pragma once
 
 #include <cmath>
+#include <cstdio>
+#include <map>
 #include <string>
 #include <vector>
 
 #include "engine/RReference.h"
 #include "engine/stats/Random.h"
 
+// The largest differences from the reference seen in a run, per test suite, for statistics
+// (relative above 1) and significances; printed when the tests end.
+struct ReferenceDifferences {
+    double fStatistic = 0;
+    double fSignificance = 0;
+};
+
+inline std::map<std::string, ReferenceDifferences>& LargestDifferences() {
+    static std::map<std::string, ReferenceDifferences> largest;
+    return largest;
+}
+
+inline void RecordDifference(bool significance, double actual, double expected) {
+    const testing::TestInfo* test = testing::UnitTest::GetInstance()->current_test_info();
+    if (!test || std::isnan(actual) || std::isnan(expected)) {
+        return;
+    }
+    ReferenceDifferences& d = LargestDifferences()[test->test_suite_name()];
+    const double difference =
+        std::fabs(actual - expected) / (significance ? 1.0 : std::max(1.0, std::fabs(expected)));
+    double& largest = significance ? d.fSignificance : d.fStatistic;
+    largest = std::max(largest, difference);
+}
+
+class ReferenceDifferencesReport final : public testing::Environment {
+public:
+    void TearDown() override {
+        for (const auto& [suite, d] : LargestDifferences()) {
+            std::printf("[ largest  ] %s: statistics %.3g, significances %.3g\n", suite.c_str(),
+                        d.fStatistic, d.fSignificance);
+        }
+    }
+};
+
+inline const bool kReferenceDifferencesReported =
+    (testing::AddGlobalTestEnvironment(new ReferenceDifferencesReport), true);
+
 // Statistics agree with R to 1e-9 (relative above 1), significances to 1e-6.
 #define EXPECT_STAT(actual, expected)                                                              \
-    EXPECT_NEAR(actual, expected, 1e-9 * std::max(1.0, std::fabs(expected)))
-#define EXPECT_SIG(actual, expected) EXPECT_NEAR(actual, expected, 1e-6)
-
+    EXPECT_NEAR((RecordDifference(false, actual, expected), actual), expected,                     \
+                1e-9 * std::max(1.0, std::fabs(expected)))
+#define EXPECT_SIG(actual, expected)                                                               \
+    EXPECT_NEAR((RecordDifference(true, actual, expected), actual), expected, 1e-6)
 #define REQUIRE_R()                                                                                \
     if (!HaveR()) {                                                                                \
         GTEST_SKIP() << "Rscript is not installed";                                                \

@@ -78,20 +78,25 @@ TEST(OneSampleWilcoxon, RDatasetsWithTiesAndZeros) {
 TEST(OneSampleWilcoxon, RandomDataWithoutTiesMatchesWilcoxTestExact) {
     REQUIRE_R();
     Random random(3);
-    for (std::size_t n : {1u, 2u, 7u, 25u, 50u}) {
-        SCOPED_TRACE(n);
-        std::vector<double> x(n);
-        for (double& v : x) {
+    const std::vector<std::size_t> sizes{1, 2, 7, 25, 50};
+    std::vector<std::vector<double>> samples;
+    std::string script;
+    for (std::size_t n : sizes) {
+        samples.emplace_back(n);
+        for (double& v : samples.back()) {
             v = random.Normal();
         }
-        const std::vector<double> r =
-            RunR("x <- " + RVector(x) +
-                 "\ncat(wilcox.test(x, mu = 0.2, exact = TRUE)$p.value, wilcox.test(x, mu = "
-                 "0.2, exact = FALSE, correct = FALSE)$p.value)");
-        ASSERT_EQ(r.size(), 2u);
-        const OneSampleWilcoxonResult result = OneSampleWilcoxon(x, 0.2);
-        EXPECT_SIG(result.fExactSig2Tailed, r[0]);
-        EXPECT_SIG(result.fAsymptoticSig2Tailed, r[1]);
+        script += "x <- " + RVector(samples.back()) +
+                  "\ncat(wilcox.test(x, mu = 0.2, exact = TRUE)$p.value, wilcox.test(x, mu = "
+                  "0.2, exact = FALSE, correct = FALSE)$p.value, '\\n')\n";
+    }
+    const std::vector<double> r = RunR(script);
+    ASSERT_EQ(r.size(), 2 * sizes.size());
+    for (std::size_t i = 0; i < sizes.size(); ++i) {
+        SCOPED_TRACE(sizes[i]);
+        const OneSampleWilcoxonResult result = OneSampleWilcoxon(samples[i], 0.2);
+        EXPECT_SIG(result.fExactSig2Tailed, r[2 * i]);
+        EXPECT_SIG(result.fAsymptoticSig2Tailed, r[2 * i + 1]);
     }
     // Above 50 non-zero differences only the normal approximation.
     std::vector<double> large(51);
