@@ -451,7 +451,14 @@ int ComputeSplits(const Options& options, const Dataset& data, const CommandSpec
     if (progress) {
         engine.fProgress = [](std::size_t split, std::size_t count) {
             if (count > 1) {
-                std::fprintf(stderr, "\rnptests: computing split %zu of %zu", split + 1, count);
+                std::fprintf(stderr, "\rnptests: computing split %zu of %zu    ", split + 1, count);
+            }
+        };
+        engine.fMonteCarloProgress = [](std::size_t done, std::size_t total) {
+            if (total > 0) {
+                std::fprintf(stderr, "\rnptests: Monte Carlo samples: %3d%%      ",
+                             static_cast<int>(100.0 * static_cast<double>(done) /
+                                              static_cast<double>(total)));
             }
         };
     }

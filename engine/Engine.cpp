@@ -8,6 +8,7 @@
 #include <numeric>
 #include <set>
 
+#include "engine/Progress.h"
 #include "engine/data/Dataset.h"
 #include "engine/data/SplitData.h"
 #include "engine/doc/Builders.h"
@@ -241,6 +242,11 @@ bool RunEngine(const Dataset& data, const CommandSpec& command, const EngineOpti
     }
 
     documents.clear();
+    // The writers report Monte Carlo progress through the hook while this run lasts.
+    struct HookGuard {
+        ProgressHook fPrevious;
+        ~HookGuard() { SetProgressHook(std::move(fPrevious)); }
+    } guard{SetProgressHook(options.fMonteCarloProgress)};
     std::size_t number = 0;
     for (const auto& [key, allRows] : splits) {
         if (options.fProgress) {

@@ -19,6 +19,9 @@ struct EngineOptions {
     std::optional<std::uint32_t> fSeed;
     // Called before each split is computed with its number (from 0) and the count.
     std::function<void(std::size_t split, std::size_t splits)> fProgress;
+    // Called now and then during a Monte Carlo significance with the samples
+    // drawn and the samples asked for.
+    std::function<void(std::size_t done, std::size_t total)> fMonteCarloProgress;
 };
 
 struct SplitDocument {

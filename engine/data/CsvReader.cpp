@@ -430,6 +430,8 @@ struct Parser {
     csv_parser fParser;
     explicit Parser(bool tab) {
         csv_init(&fParser, CSV_STRICT | CSV_STRICT_FINI | CSV_REPALL_NL);
+        // A long field grows its buffer a megabyte at a time, not by libcsv's 128 bytes.
+        csv_set_blk_size(&fParser, std::size_t{1} << 20);
         if (tab) {
             csv_set_delim(&fParser, CSV_TAB);
             csv_set_space_func(&fParser, [](unsigned char c) { return c == CSV_SPACE ? 1 : 0; });

@@ -1,9 +1,17 @@
 // A data set of named columns.
 #include "engine/data/Dataset.h"
 
+#include "host/parser/ParserText.h"
+
 int Dataset::FindVariable(std::string_view name) const {
     for (std::size_t i = 0; i < fColumns.size(); ++i) {
         if (fColumns[i].fVariable.fName == name) {
+            return static_cast<int>(i);
+        }
+    }
+    // The command language matches names without regard to case.
+    for (std::size_t i = 0; i < fColumns.size(); ++i) {
+        if (EqualNoCase(fColumns[i].fVariable.fName, name)) {
             return static_cast<int>(i);
         }
     }

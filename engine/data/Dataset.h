@@ -26,7 +26,8 @@ public:
     int VariableCount() const { return static_cast<int>(fColumns.size()); }
     const Variable& GetVariable(int index) const { return fColumns[index].fVariable; }
     const Column& GetColumn(int index) const { return fColumns[index]; }
-    // Index of the variable of that name (exact match), or -1.
+    // Index of the variable of that name (the exact name first, then without
+    // regard to case, as commands name variables), or -1.
     int FindVariable(std::string_view name) const;
 
     // Building (the readers' side).

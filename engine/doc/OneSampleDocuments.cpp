@@ -7,6 +7,7 @@
 #include <cmath>
 #include <cstdint>
 
+#include "engine/Progress.h"
 #include "engine/doc/Builders.h"
 #include "engine/stats/OneSample.h"
 #include "engine/stats/OneSampleBinomial.h"
@@ -512,8 +513,9 @@ void OneSampleWriter::KolmogorovOne(int field, KsDistribution distribution,
     const bool companion =
         lilliefors && distribution != KsDistribution::kPoisson && result.Computed();
     if (companion) {
-        monteCarlo = LillieforsMonteCarlo(result, static_cast<std::size_t>(options.fMCSamples),
-                                          options.fMCCILevel / 100.0, fCriteria.fSeed);
+        monteCarlo =
+            LillieforsMonteCarlo(result, static_cast<std::size_t>(options.fMCSamples),
+                                 options.fMCCILevel / 100.0, fCriteria.fSeed, &ReportProgress);
     }
     const bool haveCompanion = companion && monteCarlo.Computed();
     const double decisive = haveCompanion ? monteCarlo.fSig : sig;
