@@ -250,7 +250,7 @@ namespace {
 // Runs nptests on a CSV file with a command and returns the parsed JSON.
 json RunOnData(const std::filesystem::path& csv, const std::filesystem::path& dictionary,
                const std::string& command) {
-    const std::filesystem::path out = csv.parent_path() / (csv.stem().string() + ".json");
+    const std::filesystem::path out = csv.parent_path() / (csv.stem().string() + "_output.json");
     const std::string line = std::string(NPTESTS_BINARY) + " --data " + csv.string() +
                              " --dictionary " + dictionary.string() + " -c \"" + command +
                              "\" -f json -o " + out.string() + " 2>&1";
