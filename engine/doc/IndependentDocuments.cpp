@@ -61,6 +61,22 @@ std::vector<double> Of(const FieldCases& cases, std::size_t group,
     return out;
 }
 
+// The values (or case numbers) of every group, in one pass over the cases.
+std::vector<std::vector<double>> ByGroup(const FieldCases& cases, const std::vector<double>& from) {
+    std::vector<std::size_t> sizes(cases.fGroupCount, 0);
+    for (const int g : cases.fGroups) {
+        ++sizes[static_cast<std::size_t>(g)];
+    }
+    std::vector<std::vector<double>> out(cases.fGroupCount);
+    for (std::size_t g = 0; g < out.size(); ++g) {
+        out[g].reserve(sizes[g]);
+    }
+    for (std::size_t i = 0; i < from.size(); ++i) {
+        out[static_cast<std::size_t>(cases.fGroups[i])].push_back(from[i]);
+    }
+    return out;
+}
+
 // Histogram bins common to the groups of a field: a width of 1, 2, 2.5 or 5
 // times a power of ten that gives ten to twenty-odd bins, aligned on zero.
 struct Bins {
@@ -138,9 +154,11 @@ void WriteBoxPlots(Algorithm& algorithm, int groupField, const FieldCases& cases
                    const std::vector<std::size_t>& samples, const std::vector<double>* meanRanks,
                    const MedianTestResult* median) {
     std::vector<BoxPlotGroup> groups;
+    const std::vector<std::vector<double>> valuesOf = ByGroup(cases, cases.fValues);
+    const std::vector<std::vector<double>> caseNumbersOf = ByGroup(cases, cases.fCaseNumbers);
     for (const std::size_t g : samples) {
-        const std::vector<double> values = Of(cases, g, cases.fValues);
-        const std::vector<double> caseNumbers = Of(cases, g, cases.fCaseNumbers);
+        const std::vector<double>& values = valuesOf[g];
+        const std::vector<double>& caseNumbers = caseNumbersOf[g];
         const BoxPlotNumbers numbers = BoxPlot(values, caseNumbers);
         BoxPlotGroup& group = groups.emplace_back();
         group.fGroupIndex = static_cast<int>(g);
