@@ -36,7 +36,11 @@ FieldCases Collect(const SplitData& data, int field, int groupField) {
     const std::span<const double> values = data.Values(field);
     const std::span<const double> groups = data.Values(groupField);
     const std::span<const double> caseNumbers = data.CaseNumbers();
-    for (const std::size_t i : data.ValidCases(fields)) {
+    const std::vector<std::size_t> valid = data.ValidCases(fields);
+    cases.fValues.reserve(valid.size());
+    cases.fGroups.reserve(valid.size());
+    cases.fCaseNumbers.reserve(valid.size());
+    for (const std::size_t i : valid) {
         const int position = data.CategoryPosition(groupField, groups[i]);
         if (position < 0) {
             continue;
