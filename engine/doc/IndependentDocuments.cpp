@@ -65,20 +65,38 @@ std::vector<double> Of(const FieldCases& cases, std::size_t group,
     return out;
 }
 
-// The values (or case numbers) of every group, in one pass over the cases.
-std::vector<std::vector<double>> ByGroup(const FieldCases& cases, const std::vector<double>& from) {
-    std::vector<std::size_t> sizes(cases.fGroupCount, 0);
+// The cases of every group, in one pass: `order` lists the positions of the
+// cases group by group (ascending within a group), group g from starts[g] to
+// starts[g + 1].
+struct GroupOrder {
+    std::vector<std::size_t> fStarts;
+    std::vector<std::size_t> fOrder;
+
+    std::vector<double> Of(std::size_t group, const std::vector<double>& from) const {
+        std::vector<double> out;
+        out.reserve(fStarts[group + 1] - fStarts[group]);
+        for (std::size_t k = fStarts[group]; k < fStarts[group + 1]; ++k) {
+            out.push_back(from[fOrder[k]]);
+        }
+        return out;
+    }
+};
+
+GroupOrder OrderByGroup(const FieldCases& cases) {
+    GroupOrder order;
+    order.fStarts.assign(cases.fGroupCount + 1, 0);
     for (const int g : cases.fGroups) {
-        ++sizes[static_cast<std::size_t>(g)];
+        ++order.fStarts[static_cast<std::size_t>(g) + 1];
     }
-    std::vector<std::vector<double>> out(cases.fGroupCount);
-    for (std::size_t g = 0; g < out.size(); ++g) {
-        out[g].reserve(sizes[g]);
+    for (std::size_t g = 0; g < cases.fGroupCount; ++g) {
+        order.fStarts[g + 1] += order.fStarts[g];
     }
-    for (std::size_t i = 0; i < from.size(); ++i) {
-        out[static_cast<std::size_t>(cases.fGroups[i])].push_back(from[i]);
+    std::vector<std::size_t> next(order.fStarts.begin(), order.fStarts.end() - 1);
+    order.fOrder.resize(cases.fGroups.size());
+    for (std::size_t i = 0; i < cases.fGroups.size(); ++i) {
+        order.fOrder[next[static_cast<std::size_t>(cases.fGroups[i])]++] = i;
     }
-    return out;
+    return order;
 }
 
 // Histogram bins common to the groups of a field: a width of 1, 2, 2.5 or 5
@@ -158,11 +176,10 @@ void WriteBoxPlots(Algorithm& algorithm, int groupField, const FieldCases& cases
                    const std::vector<std::size_t>& samples, const std::vector<double>* meanRanks,
                    const MedianTestResult* median) {
     std::vector<BoxPlotGroup> groups;
-    const std::vector<std::vector<double>> valuesOf = ByGroup(cases, cases.fValues);
-    const std::vector<std::vector<double>> caseNumbersOf = ByGroup(cases, cases.fCaseNumbers);
+    const GroupOrder order = OrderByGroup(cases);
     for (const std::size_t g : samples) {
-        const std::vector<double>& values = valuesOf[g];
-        const std::vector<double>& caseNumbers = caseNumbersOf[g];
+        const std::vector<double> values = order.Of(g, cases.fValues);
+        const std::vector<double> caseNumbers = order.Of(g, cases.fCaseNumbers);
         const BoxPlotNumbers numbers = BoxPlot(values, caseNumbers);
         BoxPlotGroup& group = groups.emplace_back();
         group.fGroupIndex = static_cast<int>(g);

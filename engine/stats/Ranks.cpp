@@ -80,6 +80,14 @@ template <typename T> std::unique_ptr<T[], FreeDeleter> ScratchArray(std::size_t
     return std::unique_ptr<T[], FreeDeleter>(static_cast<T*>(data));
 }
 
+// Makes room for the ranks, after the sort so that its scratch copies are
+// gone before the ranks take their memory.
+void AllocateRanks(Ranking& ranking, std::size_t n) {
+    ranking.fRanks.reserve(n);
+    AdviseHugePages(ranking.fRanks.data(), n * sizeof(double));
+    ranking.fRanks.resize(n);
+}
+
 // Writes the mid-ranks of positions `index` in the order of `keys` (sorted
 // ascending) and the tie terms.
 template <typename Index>
@@ -148,6 +156,7 @@ template <typename Index> void RankByRadix(std::span<const double> values, Ranki
     }
     keysTo.reset();
     indexTo.reset();
+    AllocateRanks(ranking, n);
     RanksFromSorted(keys.get(), index.get(), ranking);
 }
 
@@ -165,6 +174,7 @@ void RankBySort(std::span<const double> values, Ranking& ranking) {
     for (std::size_t k = 0; k < n; ++k) {
         keys[k] = keyOf[index[k]];
     }
+    AllocateRanks(ranking, n);
     RanksFromSorted(keys.data(), index.data(), ranking);
 }
 
@@ -172,9 +182,6 @@ void RankBySort(std::span<const double> values, Ranking& ranking) {
 
 Ranking RankValues(std::span<const double> values) {
     Ranking ranking;
-    ranking.fRanks.reserve(values.size());
-    AdviseHugePages(ranking.fRanks.data(), values.size() * sizeof(double));
-    ranking.fRanks.resize(values.size());
     if (values.size() < kRadixMinimum) {
         RankBySort(values, ranking);
     } else if (values.size() <= std::numeric_limits<std::uint32_t>::max()) {
