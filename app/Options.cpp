@@ -59,7 +59,7 @@ bool ParseOptions(int argc, char** argv, Options& options, int& exitCode) {
         ->type_name("FILE");
     app.add_flag("--check-command", options.fCheckCommand,
                  "print what the command yields as JSON (exit status 2 when the command "
-                 "cannot be run); needs --dictionary or a document");
+                 "cannot be run); needs --data, --dictionary or a document");
     app.add_option("-f,--format", format,
                    "text, json or html (default: text; html when --output ends in .html)")
         ->type_name("text|json|html");
@@ -74,6 +74,9 @@ bool ParseOptions(int argc, char** argv, Options& options, int& exitCode) {
                  "list on standard error every text key that has no entry in the string "
                  "table (a check of the string table)");
     app.add_option("--module", options.fModule, "the procedure module to load")->type_name("FILE");
+    app.footer("Exit status: 0 when every split produced output; 1 when the data file cannot be "
+               "read or a result document was rejected; 2 for a usage error or a command that "
+               "does not fit the data. The NPTESTS command and its options: docs/command.md.");
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& e) {

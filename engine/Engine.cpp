@@ -263,24 +263,26 @@ bool RunEngine(const Dataset& data, const CommandSpec& command, const EngineOpti
             SplitData::Field& entry = split.fFields[static_cast<std::size_t>(field)];
             entry.fValues = FieldValues(data, field, entry, allRows, includeUser);
         }
+        for (std::size_t row : allRows) {
+            split.fCaseNumbers.push_back(static_cast<double>(row + 1));
+        }
         // Listwise: a case missing on any field of the command leaves every test.
-        std::vector<std::size_t> kept(allRows.size());
-        std::iota(kept.begin(), kept.end(), 0);
+        std::size_t dropped = 0;
         if (plan->fMissing.fListwise) {
-            kept = split.ValidCases(fields);
-            for (int field : fields) {
-                std::vector<double>& values =
-                    split.fFields[static_cast<std::size_t>(field)].fValues;
+            const std::vector<std::size_t> kept = split.ValidCases(fields);
+            dropped = allRows.size() - kept.size();
+            auto keep = [&](std::vector<double>& values) {
                 std::vector<double> keptValues;
                 keptValues.reserve(kept.size());
                 for (std::size_t at : kept) {
                     keptValues.push_back(values[at]);
                 }
                 values = std::move(keptValues);
+            };
+            for (int field : fields) {
+                keep(split.fFields[static_cast<std::size_t>(field)].fValues);
             }
-        }
-        for (std::size_t at : kept) {
-            split.fCaseNumbers.push_back(static_cast<double>(allRows[at] + 1));
+            keep(split.fCaseNumbers);
         }
 
         Document doc;
@@ -292,8 +294,7 @@ bool RunEngine(const Dataset& data, const CommandSpec& command, const EngineOpti
                        FormatNumber(key[k]);
         }
         doc.SetComment(comment);
-        doc.SetCounts({static_cast<long long>(allRows.size()),
-                       static_cast<long long>(allRows.size() - kept.size())});
+        doc.SetCounts({static_cast<long long>(allRows.size()), static_cast<long long>(dropped)});
         doc.SetSettings(plan->fCriteria.fAlpha, plan->fCriteria.fCILevel / 100.0,
                         plan->fMissing.fListwise ? MissingTreatment::kListwise
                                                  : MissingTreatment::kTestwise);

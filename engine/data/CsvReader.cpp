@@ -458,7 +458,7 @@ bool Feed(Parser& parser, ParseState& state, std::string_view piece) {
     // A record still open after this many bytes: a runaway quote or a huge line.
     state.fRecordBytes += piece.size();
     if (state.fRecordBytes > kMaxRecordBytes) {
-        state.fError = state.Where(state.fRecordLine, 0) +
+        state.fError = state.Where(state.fInRecord ? state.fRecordLine : state.fLine, 0) +
                        ": the line is longer than 64 MiB (an unclosed quote?)";
         return false;
     }

@@ -156,9 +156,21 @@ private:
 
 void OneSampleWriter::ChiSquare(int field, const ChiSquareOptions& options) {
     const std::vector<double> values = fData.ValidValues(field);
+    // Categories of the field's type, each with its frequency.
     std::vector<double> categories;
-    for (const CommandValue& value : options.fCategories) {
-        categories.push_back(ValueOf(fData, field, value));
+    std::vector<double> frequencies = options.fFrequencies;
+    std::vector<CommandValue> written;
+    if (!options.fCategories.empty()) {
+        frequencies.clear();
+        for (std::size_t i = 0; i < options.fCategories.size(); ++i) {
+            const CommandValue& value = options.fCategories[i];
+            if (value.fIsText == fData.GetVariable(field).IsString()) {
+                written.push_back(value);
+                categories.push_back(ValueOf(fData, field, value));
+                frequencies.push_back(i < options.fFrequencies.size() ? options.fFrequencies[i]
+                                                                      : 1.0);
+            }
+        }
     }
     // A text that is no category stands for a value no case has.
     for (std::size_t i = 0; i < categories.size(); ++i) {
@@ -166,8 +178,7 @@ void OneSampleWriter::ChiSquare(int field, const ChiSquareOptions& options) {
             categories[i] = -1.0e300 - static_cast<double>(i);
         }
     }
-    const OneSampleChiSquareResult result =
-        ChiSquareGoodnessOfFit(values, categories, options.fFrequencies);
+    const OneSampleChiSquareResult result = ChiSquareGoodnessOfFit(values, categories, frequencies);
     const int index = fData.DocumentIndex(field);
     Algorithm test = fDoc.AddAlgorithm("OChiSquare", Classification::kOneSample,
                                        Decide(Num(result.fAsymptoticSig), fCriteria.fAlpha));
@@ -189,8 +200,7 @@ void OneSampleWriter::ChiSquare(int field, const ChiSquareOptions& options) {
         return;
     }
     std::vector<std::string> outside;
-    const std::vector<double> codes =
-        Codes(fData, field, result.fCategories, options.fCategories, outside);
+    const std::vector<double> codes = Codes(fData, field, result.fCategories, written, outside);
     std::vector<std::string> columns;
     for (double code : codes) {
         columns.push_back(FormatNumber(code));

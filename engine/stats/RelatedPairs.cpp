@@ -1,0 +1,421 @@
+// Sign, signed-rank and Hodges-Lehmann statistics of paired differences.
+#include "engine/stats/RelatedPairs.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <memory>
+#include <random>
+
+#include <boost/math/distributions/binomial.hpp>
+#include <boost/math/distributions/normal.hpp>
+
+namespace {
+
+// Two-sided significance of a standard normal statistic.
+double NormalTwoSided(double z) {
+    const boost::math::normal standard;
+    return 2.0 * boost::math::cdf(boost::math::complement(standard, std::fabs(z)));
+}
+
+// Two-sided exact binomial significance of `x` successes in `m` trials with
+// p = 1/2: twice the smaller tail, capped at 1.
+double BinomialTwoSidedHalf(std::size_t x, std::size_t m) {
+    const std::size_t smaller = std::min(x, m - x);
+    if (2 * smaller == m) {
+        return 1.0;
+    }
+    const boost::math::binomial distribution(static_cast<double>(m), 0.5);
+    return std::min(1.0, 2.0 * boost::math::cdf(distribution, static_cast<double>(smaller)));
+}
+
+bool SameLength(std::span<const double> first, std::span<const double> second) {
+    return first.size() == second.size();
+}
+
+// Exact two-sided significance of the signed-rank statistic 2T+ =
+// `doubledStatistic` when the absolute differences carry the doubled
+// mid-ranks `doubledRanks` (integers): every sign pattern is equally likely.
+double SignedRankExact(const std::vector<std::int64_t>& doubledRanks,
+                       std::int64_t doubledStatistic) {
+    std::int64_t total = 0;
+    for (std::int64_t r : doubledRanks) {
+        total += r;
+    }
+    // counts[s]: sign patterns whose positive ranks sum to s (doubled). With
+    // fewer than 50 ranks the counts stay below 2^53 and are exact.
+    std::vector<double> counts(static_cast<std::size_t>(total) + 1, 0.0);
+    counts[0] = 1.0;
+    std::int64_t reach = 0;
+    for (std::int64_t r : doubledRanks) {
+        for (std::int64_t s = reach; s >= 0; --s) {
+            counts[static_cast<std::size_t>(s + r)] += counts[static_cast<std::size_t>(s)];
+        }
+        reach += r;
+    }
+    const double patterns = std::ldexp(1.0, static_cast<int>(doubledRanks.size()));
+    double lower = 0;
+    double upper = 0;
+    for (std::int64_t s = 0; s <= total; ++s) {
+        const double c = counts[static_cast<std::size_t>(s)];
+        if (s <= doubledStatistic) {
+            lower += c;
+        }
+        if (s >= doubledStatistic) {
+            upper += c;
+        }
+    }
+    lower /= patterns;
+    upper /= patterns;
+    return std::min(1.0, 2.0 * (2.0 * lower <= 1.0 ? lower : upper));
+}
+
+} // namespace
+
+std::vector<double> PairedDifferences(std::span<const double> first,
+                                      std::span<const double> second) {
+    std::vector<double> differences;
+    if (!SameLength(first, second)) {
+        return differences;
+    }
+    differences.resize(first.size());
+    for (std::size_t i = 0; i < first.size(); ++i) {
+        differences[i] = second[i] - first[i];
+    }
+    return differences;
+}
+
+DifferenceCounts CountDifferenceSigns(std::span<const double> differences) {
+    DifferenceCounts counts;
+    for (double d : differences) {
+        if (d < 0) {
+            ++counts.fNegative;
+        } else if (d > 0) {
+            ++counts.fPositive;
+        } else {
+            ++counts.fTies;
+        }
+    }
+    return counts;
+}
+
+SignTestResult SignTest(std::span<const double> first, std::span<const double> second) {
+    SignTestResult result;
+    if (!SameLength(first, second)) {
+        result.fOutcome = RelatedOutcome::kUnequalLengths;
+        return result;
+    }
+    result.fTotalN = first.size();
+    if (result.fTotalN < 2) {
+        result.fOutcome = RelatedOutcome::kTooFewCases;
+        return result;
+    }
+    for (std::size_t i = 0; i < first.size(); ++i) {
+        const double d = second[i] - first[i];
+        if (d < 0) {
+            ++result.fCounts.fNegative;
+        } else if (d > 0) {
+            ++result.fCounts.fPositive;
+        } else {
+            ++result.fCounts.fTies;
+        }
+    }
+    const std::size_t m = result.fCounts.fNegative + result.fCounts.fPositive;
+    if (m == 0) {
+        result.fOutcome = RelatedOutcome::kAllDifferencesZero;
+        return result;
+    }
+    const double positives = static_cast<double>(result.fCounts.fPositive);
+    const double half = 0.5 * static_cast<double>(m);
+    result.fStatistic = positives;
+    result.fStandardError = 0.5 * std::sqrt(static_cast<double>(m));
+    const double excess = positives - half;
+    const double corrected = excess > 0 ? excess - 0.5 : excess < 0 ? excess + 0.5 : 0.0;
+    result.fStandardized = corrected / result.fStandardError;
+    result.fAsymptoticSig = NormalTwoSided(result.fStandardized);
+    result.fExactSig = BinomialTwoSidedHalf(result.fCounts.fPositive, m);
+    result.fExactReported = m <= kSignTestExactMax;
+    return result;
+}
+
+WilcoxonResult WilcoxonSignedRank(std::span<const double> first, std::span<const double> second) {
+    WilcoxonResult result;
+    if (!SameLength(first, second)) {
+        result.fOutcome = RelatedOutcome::kUnequalLengths;
+        return result;
+    }
+    result.fTotalN = first.size();
+    if (result.fTotalN < 2) {
+        result.fOutcome = RelatedOutcome::kTooFewCases;
+        return result;
+    }
+    // The absolute values of the positive and of the negative differences,
+    // each sorted on its own: two plain sorts of doubles cost less than one
+    // sort of all by absolute value. Walking both at once meets the tied
+    // groups of |d| in rank order.
+    // Without branches on the sign, which is unpredictable: every difference
+    // is written to both buffers and kept by one. The buffers are left
+    // uninitialised; only the pages written are touched.
+    const std::size_t n = first.size();
+    const std::unique_ptr<double[]> positiveBuffer(new double[n + 1]);
+    const std::unique_ptr<double[]> negativeBuffer(new double[n + 1]);
+    std::size_t positiveCount = 0;
+    std::size_t negativeCount = 0;
+    for (std::size_t i = 0; i < n; ++i) {
+        const double d = second[i] - first[i];
+        positiveBuffer[positiveCount] = d;
+        negativeBuffer[negativeCount] = -d;
+        positiveCount += d > 0 ? 1 : 0;
+        negativeCount += d < 0 ? 1 : 0;
+    }
+    const std::span<double> positive(positiveBuffer.get(), positiveCount);
+    const std::span<double> negative(negativeBuffer.get(), negativeCount);
+    result.fCounts.fPositive = positiveCount;
+    result.fCounts.fNegative = negativeCount;
+    result.fCounts.fTies = n - positiveCount - negativeCount;
+    const std::size_t m = positiveCount + negativeCount;
+    if (m == 0) {
+        result.fOutcome = RelatedOutcome::kAllDifferencesZero;
+        return result;
+    }
+    std::sort(positive.begin(), positive.end());
+    std::sort(negative.begin(), negative.end());
+    const bool exact = m < kWilcoxonExactMax;
+    std::vector<std::int64_t> doubledRanks;
+    if (exact) {
+        doubledRanks.reserve(m);
+    }
+    double positiveRankSum = 0;
+    double tieSum = 0;
+    std::size_t p = 0;
+    std::size_t q = 0;
+    for (std::size_t begin = 0; begin < m;) {
+        const double size = q == negative.size()                                ? positive[p]
+                            : p == positive.size() || negative[q] < positive[p] ? negative[q]
+                                                                                : positive[p];
+        std::size_t positives = 0;
+        while (p < positive.size() && positive[p] == size) {
+            ++p;
+            ++positives;
+        }
+        std::size_t negatives = 0;
+        while (q < negative.size() && negative[q] == size) {
+            ++q;
+            ++negatives;
+        }
+        const std::size_t end = begin + positives + negatives;
+        // The group shares the mean of ranks begin+1..end.
+        const std::size_t doubled = begin + 1 + end;
+        positiveRankSum += 0.5 * static_cast<double>(doubled) * static_cast<double>(positives);
+        const double t = static_cast<double>(end - begin);
+        tieSum += t * t * t - t;
+        if (exact) {
+            doubledRanks.insert(doubledRanks.end(), end - begin,
+                                static_cast<std::int64_t>(doubled));
+        }
+        begin = end;
+    }
+    const double md = static_cast<double>(m);
+    result.fStatistic = positiveRankSum;
+    result.fTieSum = tieSum;
+    result.fExpected = md * (md + 1) / 4.0;
+    const double variance = md * (md + 1) * (2 * md + 1) / 24.0 - tieSum / 48.0;
+    result.fStandardError = std::sqrt(variance);
+    if (variance > 0) {
+        result.fStandardized = (positiveRankSum - result.fExpected) / result.fStandardError;
+        result.fAsymptoticSig = NormalTwoSided(result.fStandardized);
+    }
+    if (exact) {
+        result.fHasExact = true;
+        result.fExactSig = SignedRankExact(
+            doubledRanks, static_cast<std::int64_t>(std::llround(2 * positiveRankSum)));
+    }
+    return result;
+}
+
+namespace {
+
+// The k-th smallest Walsh average of the ascending values `x`.
+double SortedWalshOrderStatistic(const std::vector<double>& x, std::size_t k) {
+    const std::size_t n = x.size();
+    const std::size_t total = n * (n + 1) / 2;
+    if (n == 0 || k < 1 || k > total) {
+        return kRelatedNoValue;
+    }
+    // Row i holds the sums x[i] + x[j] for j = i..n-1, ascending in j. The
+    // k-th smallest sum lies among the candidates lo[i] <= j < hi[i] of each
+    // row; `below` sums lie left of every candidate range and are smaller.
+    std::vector<std::size_t> lo(n);
+    std::vector<std::size_t> hi(n, n);
+    for (std::size_t i = 0; i < n; ++i) {
+        lo[i] = i;
+    }
+    std::mt19937_64 random(20240611);
+    constexpr std::size_t kCollectBelow = std::size_t{1} << 16;
+    std::vector<double> candidates;
+    for (;;) {
+        std::size_t count = 0;
+        std::size_t below = 0;
+        for (std::size_t i = 0; i < n; ++i) {
+            count += hi[i] - lo[i];
+            below += lo[i] - i;
+        }
+        if (count <= std::max(kCollectBelow, n)) {
+            candidates.clear();
+            candidates.reserve(count);
+            for (std::size_t i = 0; i < n; ++i) {
+                for (std::size_t j = lo[i]; j < hi[i]; ++j) {
+                    candidates.push_back(x[i] + x[j]);
+                }
+            }
+            const std::size_t at = k - 1 - below;
+            std::nth_element(candidates.begin(),
+                             candidates.begin() + static_cast<std::ptrdiff_t>(at),
+                             candidates.end());
+            return candidates[at] / 2.0;
+        }
+        // A random candidate as the pivot.
+        std::size_t pick = std::uniform_int_distribution<std::size_t>(0, count - 1)(random);
+        double pivot = 0;
+        for (std::size_t i = 0; i < n; ++i) {
+            const std::size_t width = hi[i] - lo[i];
+            if (pick < width) {
+                pivot = x[i] + x[lo[i] + pick];
+                break;
+            }
+            pick -= width;
+        }
+        // Per row, the first j whose sum reaches the pivot (less[i]) and the
+        // first whose sum exceeds it (more[i]); both fall as i grows.
+        std::size_t smaller = 0;
+        std::size_t notLarger = 0;
+        std::vector<std::size_t> less(n);
+        std::vector<std::size_t> more(n);
+        std::size_t jLess = n;
+        std::size_t jMore = n;
+        for (std::size_t i = 0; i < n; ++i) {
+            while (jLess > 0 && x[i] + x[jLess - 1] >= pivot) {
+                --jLess;
+            }
+            while (jMore > 0 && x[i] + x[jMore - 1] > pivot) {
+                --jMore;
+            }
+            less[i] = std::max(jLess, i);
+            more[i] = std::max(jMore, i);
+            smaller += less[i] - i;
+            notLarger += more[i] - i;
+        }
+        if (k <= smaller) {
+            for (std::size_t i = 0; i < n; ++i) {
+                hi[i] = std::max(lo[i], std::min(hi[i], less[i]));
+            }
+        } else if (k <= notLarger) {
+            return pivot / 2.0;
+        } else {
+            for (std::size_t i = 0; i < n; ++i) {
+                lo[i] = std::min(hi[i], std::max(lo[i], more[i]));
+            }
+        }
+    }
+}
+
+} // namespace
+
+double WalshAverageOrderStatistic(std::span<const double> values, std::size_t k) {
+    if (!std::all_of(values.begin(), values.end(), [](double v) { return std::isfinite(v); })) {
+        return kRelatedNoValue;
+    }
+    std::vector<double> x(values.begin(), values.end());
+    std::sort(x.begin(), x.end());
+    return SortedWalshOrderStatistic(x, k);
+}
+
+PairedHodgesLehmannResult HodgesLehmannPaired(std::span<const double> first,
+                                              std::span<const double> second, double level) {
+    PairedHodgesLehmannResult result;
+    result.fLevel = level;
+    if (!SameLength(first, second)) {
+        result.fOutcome = RelatedOutcome::kUnequalLengths;
+        return result;
+    }
+    result.fTotalN = first.size();
+    if (result.fTotalN < 2) {
+        result.fOutcome = RelatedOutcome::kTooFewCases;
+        return result;
+    }
+    if (!(level > 0 && level < 1)) {
+        result.fOutcome = RelatedOutcome::kInvalidLevel;
+        return result;
+    }
+    std::vector<double> d = PairedDifferences(first, second);
+    if (!std::all_of(d.begin(), d.end(), [](double v) { return std::isfinite(v); })) {
+        result.fOutcome = RelatedOutcome::kNotFinite;
+        return result;
+    }
+    std::sort(d.begin(), d.end());
+    const std::size_t n = d.size();
+    const std::size_t total = n * (n + 1) / 2;
+    if (total % 2 == 1) {
+        result.fEstimate = SortedWalshOrderStatistic(d, (total + 1) / 2);
+    } else {
+        result.fEstimate = 0.5 * (SortedWalshOrderStatistic(d, total / 2) +
+                                  SortedWalshOrderStatistic(d, total / 2 + 1));
+    }
+    const double nd = static_cast<double>(n);
+    const boost::math::normal standard;
+    const double z = boost::math::quantile(standard, 0.5 * (1.0 + level));
+    const double raw = nd * (nd + 1) / 4.0 - z * std::sqrt(nd * (nd + 1) * (2 * nd + 1) / 24.0);
+    const double rounded = std::floor(raw + 0.5);
+    std::size_t c = rounded < 1 ? 1 : static_cast<std::size_t>(rounded);
+    c = std::min(c, (total + 1) / 2);
+    result.fRankOfBound = c;
+    result.fLower = SortedWalshOrderStatistic(d, c);
+    result.fUpper = SortedWalshOrderStatistic(d, total - c + 1);
+    return result;
+}
+
+double HistogramBinWidth(std::span<const double> values) {
+    if (values.empty()) {
+        return 1.0;
+    }
+    const auto [low, high] = std::minmax_element(values.begin(), values.end());
+    const double range = *high - *low;
+    if (!(range > 0) || !std::isfinite(range)) {
+        return 1.0;
+    }
+    const double bins = std::ceil(std::log2(static_cast<double>(values.size()))) + 1.0;
+    const double raw = range / std::max(bins, 1.0);
+    const double power = std::pow(10.0, std::floor(std::log10(raw)));
+    for (double step : {1.0, 2.0, 5.0}) {
+        if (step * power >= raw) {
+            return step * power;
+        }
+    }
+    return 10.0 * power;
+}
+
+std::vector<DifferenceBin> DifferenceHistogram(std::span<const double> differences, double width) {
+    std::vector<DifferenceBin> bins;
+    if (differences.empty() || !(width > 0) || !std::isfinite(width)) {
+        return bins;
+    }
+    const auto [low, high] = std::minmax_element(differences.begin(), differences.end());
+    const double start = std::floor(*low / width) * width;
+    const double span = std::floor((*high - start) / width) + 1.0;
+    // A width far below the range would ask for more bins than values.
+    constexpr double kMostBins = 1e6;
+    if (!(span >= 1) || span > kMostBins) {
+        return bins;
+    }
+    const std::size_t count = static_cast<std::size_t>(span);
+    bins.resize(count);
+    for (std::size_t b = 0; b < count; ++b) {
+        bins[b].fMidpoint = start + (static_cast<double>(b) + 0.5) * width;
+    }
+    for (double d : differences) {
+        const double at = std::floor((d - start) / width);
+        const std::size_t b = at < 0 ? 0 : std::min(count - 1, static_cast<std::size_t>(at));
+        bins[b].fCount += 1;
+    }
+    return bins;
+}

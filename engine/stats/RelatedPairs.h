@@ -1,0 +1,107 @@
+// Tests of two related fields measured on the same cases: the sign test, the
+// Wilcoxon signed-rank test, the Hodges-Lehmann median difference with its
+// confidence interval, and the numbers of the paired-difference histogram.
+// Every function takes the complete cases only (a case missing in either
+// field is left out by the caller) and works on the differences
+// second - first.
+#pragma once
+
+#include <cstddef>
+#include <span>
+#include <utility>
+#include <vector>
+
+#include "engine/stats/RelatedOutcome.h"
+
+// Counts of the signs of the differences second - first.
+struct DifferenceCounts {
+    std::size_t fNegative = 0;
+    std::size_t fTies = 0; // zero differences
+    std::size_t fPositive = 0;
+};
+
+// The differences second[i] - first[i]; empty when the lengths differ.
+std::vector<double> PairedDifferences(std::span<const double> first,
+                                      std::span<const double> second);
+DifferenceCounts CountDifferenceSigns(std::span<const double> differences);
+
+// Sign test. The exact two-sided binomial significance (p = 1/2 over the
+// nonzero differences) is reported when there are at most
+// kSignTestExactMax nonzero differences; the normal approximation with a
+// continuity correction of one half otherwise. Both are always computed.
+inline constexpr std::size_t kSignTestExactMax = 25;
+struct SignTestResult {
+    RelatedOutcome fOutcome = RelatedOutcome::kComputed;
+    std::size_t fTotalN = 0; // complete cases
+    DifferenceCounts fCounts;
+    double fStatistic = kRelatedNoValue;     // number of positive differences
+    double fStandardError = kRelatedNoValue; // sqrt(m) / 2 for m nonzero differences
+    double fStandardized = kRelatedNoValue;  // (positives - m/2 -+ 1/2) / standard error
+    double fAsymptoticSig = kRelatedNoValue; // two-sided, from the standardized statistic
+    double fExactSig = kRelatedNoValue;      // two-sided binomial
+    bool fExactReported = false;             // the exact significance is the one to report
+    bool Computed() const { return fOutcome == RelatedOutcome::kComputed; }
+};
+SignTestResult SignTest(std::span<const double> first, std::span<const double> second);
+
+// Wilcoxon signed-rank test. Zero differences are dropped; the absolute
+// nonzero differences get mid-ranks. The asymptotic significance uses the
+// normal approximation with the tie correction and no continuity
+// correction. The exact two-sided significance (the permutation
+// distribution of the mid-rank sum, ties included) is computed when there
+// are fewer than kWilcoxonExactMax nonzero differences; doubling the
+// smaller tail, capped at 1.
+inline constexpr std::size_t kWilcoxonExactMax = 50;
+struct WilcoxonResult {
+    RelatedOutcome fOutcome = RelatedOutcome::kComputed;
+    std::size_t fTotalN = 0; // complete cases
+    DifferenceCounts fCounts;
+    double fStatistic = kRelatedNoValue;     // sum of the ranks of the positive differences
+    double fExpected = kRelatedNoValue;      // m(m+1)/4 for m nonzero differences
+    double fStandardError = kRelatedNoValue; // tie-corrected
+    double fStandardized = kRelatedNoValue;  // (statistic - expected) / standard error
+    double fAsymptoticSig = kRelatedNoValue; // two-sided
+    double fExactSig = kRelatedNoValue;      // two-sided, when fHasExact
+    bool fHasExact = false;
+    double fTieSum = 0; // sum of t^3 - t over tied groups of absolute differences
+    bool Computed() const { return fOutcome == RelatedOutcome::kComputed; }
+};
+WilcoxonResult WilcoxonSignedRank(std::span<const double> first, std::span<const double> second);
+
+// Hodges-Lehmann estimate of the median difference: the median of the
+// n(n+1)/2 Walsh averages (d_i + d_j)/2, i <= j, of all n differences (zero
+// differences included). The confidence interval at `level` (0 < level < 1)
+// runs from the c-th smallest to the c-th largest Walsh average, with
+// c = round(n(n+1)/4 - z sqrt(n(n+1)(2n+1)/24)), z the normal quantile of
+// (1 + level)/2, and c at least 1. Walsh averages are never all stored: the
+// order statistics are selected in O(n log n) expected time.
+struct PairedHodgesLehmannResult {
+    RelatedOutcome fOutcome = RelatedOutcome::kComputed;
+    std::size_t fTotalN = 0;
+    double fEstimate = kRelatedNoValue;
+    double fLower = kRelatedNoValue;
+    double fUpper = kRelatedNoValue;
+    double fLevel = kRelatedNoValue;
+    std::size_t fRankOfBound = 0; // c above
+    bool Computed() const { return fOutcome == RelatedOutcome::kComputed; }
+};
+PairedHodgesLehmannResult HodgesLehmannPaired(std::span<const double> first,
+                                              std::span<const double> second, double level);
+
+// The k-th smallest (1-based) of the Walsh averages (d_i + d_j)/2, i <= j,
+// of `values`; 1 <= k <= n(n+1)/2. NaN for another k or when a value is not
+// finite.
+double WalshAverageOrderStatistic(std::span<const double> values, std::size_t k);
+
+// Histogram of the differences: bins of `width` aligned on multiples of it,
+// from the bin that holds the smallest difference to the one that holds the
+// largest. Each bin is (midpoint, count); a bin holds [start, start + width).
+struct DifferenceBin {
+    double fMidpoint = 0;
+    double fCount = 0;
+};
+std::vector<DifferenceBin> DifferenceHistogram(std::span<const double> differences, double width);
+// A bin width of 1, 2 or 5 times a power of ten that cuts the range of the
+// values into about as many bins as Sturges' rule asks for (1 when the range
+// is empty).
+double HistogramBinWidth(std::span<const double> values);
