@@ -218,7 +218,12 @@ bool RunEngine(const Dataset& data, const CommandSpec& command, const EngineOpti
 
     // The rows of each split, in ascending order of the split values.
     std::map<std::vector<double>, std::vector<std::size_t>> splits;
-    for (std::size_t row = 0; row < data.CaseCount(); ++row) {
+    if (splitBy.empty()) {
+        std::vector<std::size_t>& rows = splits[{}];
+        rows.resize(data.CaseCount());
+        std::iota(rows.begin(), rows.end(), std::size_t{0});
+    }
+    for (std::size_t row = 0; row < data.CaseCount() && !splitBy.empty(); ++row) {
         std::vector<double> key;
         bool missing = false;
         for (int index : splitBy) {

@@ -475,6 +475,24 @@ bool FinishParse(Parser& parser, ParseState& state) {
     return state.fError.empty();
 }
 
+// Once the first piece of a file of `size` bytes is read (`read` of them),
+// reserves room for as many records as the rest is likely to hold, so that
+// the columns are not copied again and again as they grow.
+void ReserveForFile(ParseState& state, std::size_t read, std::size_t size) {
+    const std::size_t records = state.fRecordLines.size();
+    if (records == 0 || read == 0 || size <= read) {
+        return;
+    }
+    const double scale = 1.05 * static_cast<double>(size) / static_cast<double>(read);
+    const auto expected = static_cast<std::size_t>(scale * static_cast<double>(records)) + 16;
+    state.fRecordLines.reserve(expected);
+    for (RawColumn& column : state.fColumns) {
+        column.fEnds.reserve(expected);
+        column.fText.reserve(
+            static_cast<std::size_t>(scale * static_cast<double>(column.fText.size())) + 16);
+    }
+}
+
 bool IsTabFile(const std::string& name) {
     return EndsWithNoCase(name, ".tsv") || EndsWithNoCase(name, ".tab");
 }
@@ -585,6 +603,9 @@ bool ReadDataFile(const std::string& path, const VEXA_DataSource* dictionary, Da
         if (!Feed(parser, state, piece)) {
             error = state.fError;
             return false;
+        }
+        if (done == 0 && size > 0) {
+            ReserveForFile(state, got, static_cast<std::size_t>(size));
         }
         done += static_cast<long>(got);
         if (progress && size > 0) {

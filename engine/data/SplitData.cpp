@@ -13,6 +13,7 @@ int SplitData::CategoryPosition(int field, double value) const {
 
 std::vector<double> SplitData::ValidValues(int field) const {
     std::vector<double> values;
+    values.reserve(fFields[field].fValues.size());
     for (double value : fFields[field].fValues) {
         if (value != kSysMis) {
             values.push_back(value);
@@ -23,6 +24,7 @@ std::vector<double> SplitData::ValidValues(int field) const {
 
 std::vector<std::size_t> SplitData::ValidCases(std::span<const int> fields) const {
     std::vector<std::size_t> cases;
+    cases.reserve(CaseCount());
     for (std::size_t row = 0; row < CaseCount(); ++row) {
         bool valid = true;
         for (int field : fields) {

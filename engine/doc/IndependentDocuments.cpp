@@ -36,7 +36,11 @@ FieldCases Collect(const SplitData& data, int field, int groupField) {
     const std::span<const double> values = data.Values(field);
     const std::span<const double> groups = data.Values(groupField);
     const std::span<const double> caseNumbers = data.CaseNumbers();
-    for (const std::size_t i : data.ValidCases(fields)) {
+    const std::vector<std::size_t> valid = data.ValidCases(fields);
+    cases.fValues.reserve(valid.size());
+    cases.fGroups.reserve(valid.size());
+    cases.fCaseNumbers.reserve(valid.size());
+    for (const std::size_t i : valid) {
         const int position = data.CategoryPosition(groupField, groups[i]);
         if (position < 0) {
             continue;
@@ -59,6 +63,40 @@ std::vector<double> Of(const FieldCases& cases, std::size_t group,
         }
     }
     return out;
+}
+
+// The cases of every group, in one pass: `order` lists the positions of the
+// cases group by group (ascending within a group), group g from starts[g] to
+// starts[g + 1].
+struct GroupOrder {
+    std::vector<std::size_t> fStarts;
+    std::vector<std::size_t> fOrder;
+
+    std::vector<double> Of(std::size_t group, const std::vector<double>& from) const {
+        std::vector<double> out;
+        out.reserve(fStarts[group + 1] - fStarts[group]);
+        for (std::size_t k = fStarts[group]; k < fStarts[group + 1]; ++k) {
+            out.push_back(from[fOrder[k]]);
+        }
+        return out;
+    }
+};
+
+GroupOrder OrderByGroup(const FieldCases& cases) {
+    GroupOrder order;
+    order.fStarts.assign(cases.fGroupCount + 1, 0);
+    for (const int g : cases.fGroups) {
+        ++order.fStarts[static_cast<std::size_t>(g) + 1];
+    }
+    for (std::size_t g = 0; g < cases.fGroupCount; ++g) {
+        order.fStarts[g + 1] += order.fStarts[g];
+    }
+    std::vector<std::size_t> next(order.fStarts.begin(), order.fStarts.end() - 1);
+    order.fOrder.resize(cases.fGroups.size());
+    for (std::size_t i = 0; i < cases.fGroups.size(); ++i) {
+        order.fOrder[next[static_cast<std::size_t>(cases.fGroups[i])]++] = i;
+    }
+    return order;
 }
 
 // Histogram bins common to the groups of a field: a width of 1, 2, 2.5 or 5
@@ -138,9 +176,10 @@ void WriteBoxPlots(Algorithm& algorithm, int groupField, const FieldCases& cases
                    const std::vector<std::size_t>& samples, const std::vector<double>* meanRanks,
                    const MedianTestResult* median) {
     std::vector<BoxPlotGroup> groups;
+    const GroupOrder order = OrderByGroup(cases);
     for (const std::size_t g : samples) {
-        const std::vector<double> values = Of(cases, g, cases.fValues);
-        const std::vector<double> caseNumbers = Of(cases, g, cases.fCaseNumbers);
+        const std::vector<double> values = order.Of(g, cases.fValues);
+        const std::vector<double> caseNumbers = order.Of(g, cases.fCaseNumbers);
         const BoxPlotNumbers numbers = BoxPlot(values, caseNumbers);
         BoxPlotGroup& group = groups.emplace_back();
         group.fGroupIndex = static_cast<int>(g);

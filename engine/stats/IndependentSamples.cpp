@@ -92,18 +92,18 @@ namespace {
 
 // The weighted average at position p(n+1) of ascending values, held to the
 // first and last value.
-double WeightedAverage(const std::vector<std::pair<double, double>>& sorted, double p) {
+double WeightedAverage(const std::vector<double>& sorted, double p) {
     const double n = static_cast<double>(sorted.size());
     const double position = p * (n + 1);
     if (position <= 1) {
-        return sorted.front().first;
+        return sorted.front();
     }
     if (position >= n) {
-        return sorted.back().first;
+        return sorted.back();
     }
     const double whole = std::floor(position);
     const auto k = static_cast<std::size_t>(whole);
-    return sorted[k - 1].first + (position - whole) * (sorted[k].first - sorted[k - 1].first);
+    return sorted[k - 1] + (position - whole) * (sorted[k] - sorted[k - 1]);
 }
 
 } // namespace
@@ -113,30 +113,29 @@ BoxPlotNumbers BoxPlot(std::span<const double> values, std::span<const double> c
     if (values.empty() || caseNumbers.size() != values.size()) {
         return box;
     }
-    std::vector<std::pair<double, double>> sorted;
-    sorted.reserve(values.size());
-    for (std::size_t i = 0; i < values.size(); ++i) {
-        sorted.emplace_back(values[i], caseNumbers[i]);
-    }
+    // Only the values are sorted; the outliers, found by a scan, are then
+    // ordered with their case numbers.
+    std::vector<double> sorted(values.begin(), values.end());
     std::sort(sorted.begin(), sorted.end());
     box.fLowerQuartile = WeightedAverage(sorted, 0.25);
     box.fUpperQuartile = WeightedAverage(sorted, 0.75);
     const std::size_t n = sorted.size();
-    box.fMedian =
-        n % 2 == 1 ? sorted[n / 2].first : (sorted[n / 2 - 1].first + sorted[n / 2].first) / 2;
+    box.fMedian = n % 2 == 1 ? sorted[n / 2] : (sorted[n / 2 - 1] + sorted[n / 2]) / 2;
     const double length = box.fUpperQuartile - box.fLowerQuartile;
     const double low = box.fLowerQuartile - 1.5 * length;
     const double high = box.fUpperQuartile + 1.5 * length;
     box.fLowerWhisker = box.fUpperWhisker = box.fMedian;
     bool inside = false;
-    for (const auto& [value, caseNumber] : sorted) {
+    for (std::size_t i = 0; i < n; ++i) {
+        const double value = values[i];
         if (value < low || value > high) {
-            box.fOutliers.emplace_back(value, caseNumber);
+            box.fOutliers.emplace_back(value, caseNumbers[i]);
         } else {
             box.fLowerWhisker = inside ? std::min(box.fLowerWhisker, value) : value;
             box.fUpperWhisker = inside ? std::max(box.fUpperWhisker, value) : value;
             inside = true;
         }
     }
+    std::sort(box.fOutliers.begin(), box.fOutliers.end());
     return box;
 }
