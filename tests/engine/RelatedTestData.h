@@ -15,21 +15,22 @@
 // The largest difference from R seen per kind of number ("what" after its
 // last '|'), printed after the tests: relative above magnitude 1 for
 // statistics, absolute for significances.
-inline std::map<std::string, double>& LargestDifferences() {
+inline std::map<std::string, double>& LargestRelatedDifferences() {
     static std::map<std::string, double> largest;
     return largest;
 }
 
 inline void RecordDifference(const std::string& what, double difference) {
     const std::size_t bar = what.rfind('|');
-    double& largest = LargestDifferences()[bar == std::string::npos ? what : what.substr(bar + 1)];
+    double& largest =
+        LargestRelatedDifferences()[bar == std::string::npos ? what : what.substr(bar + 1)];
     largest = std::max(largest, difference);
 }
 
 class DifferenceReport final : public testing::Environment {
 public:
     void TearDown() override {
-        for (const auto& [what, difference] : LargestDifferences()) {
+        for (const auto& [what, difference] : LargestRelatedDifferences()) {
             std::printf("largest difference from R: %-40s %.3g\n", what.c_str(), difference);
         }
     }
