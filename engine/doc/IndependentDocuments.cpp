@@ -17,6 +17,8 @@ namespace {
 
 constexpr int kCannotCompute =
     220001; // "The test cannot be computed for the values of this field."
+// "The test compares two groups; the number of groups with cases of this field is ^1."
+constexpr int kNotTwoGroups = 220009;
 
 // A test field split by the grouping field.
 struct FieldCases {
@@ -205,6 +207,17 @@ void WriteCannotCompute(Document& doc, std::string_view name, std::string_view c
         doc.AddAlgorithm(name, Classification::kIndependent, Decision::kUnableToCompute);
     algorithm.Condition(conditionKey, {Param(field), Param(groupField)});
     const Message message{kCannotCompute, MessageType::kError, {Param(field)}, ""};
+    algorithm.Messages(std::span<const Message>(&message, 1));
+}
+
+// A two-sample test on a field whose cases fall in another number of groups
+// than two keeps its record with the number of groups it found.
+void WriteNotTwoGroups(Document& doc, std::string_view name, std::string_view conditionKey,
+                       int field, int groupField, std::size_t groups) {
+    Algorithm algorithm =
+        doc.AddAlgorithm(name, Classification::kIndependent, Decision::kUnableToCompute);
+    algorithm.Condition(conditionKey, {Param(field), Param(groupField)});
+    const Message message{kNotTwoGroups, MessageType::kError, {Param(groups)}, ""};
     algorithm.Messages(std::span<const Message>(&message, 1));
 }
 
@@ -495,26 +508,37 @@ void WriteIndependentTests(const SplitData& data, const IndependentPlan& plan,
                 write();
             }
         };
+        // The two-sample tests need the cases in exactly two groups (a field
+        // without cases says so in its own message).
+        const std::size_t groups = GroupsWithCases(cases);
+        const bool notTwo = !nominal && groups != 2 && groups != 0;
+        const auto runTwo = [&](std::string_view name, std::string_view test, auto&& write) {
+            if (notTwo) {
+                WriteNotTwoGroups(doc, name, Key(test), field, groupField, groups);
+            } else {
+                run(name, test, write);
+            }
+        };
         bool mannWhitney = plan.fMannWhitney;
         bool kruskalWallis = plan.fKruskalWallis.has_value();
         if (plan.fChooseTests) {
-            (GroupsWithCases(cases) == 2 ? mannWhitney : kruskalWallis) = true;
+            (groups == 2 ? mannWhitney : kruskalWallis) = true;
         }
         if (mannWhitney) {
-            run("IMannWhitneyU", "MannWhitneyU",
-                [&] { MannWhitneyRecord(doc, cases, field, groupField, alpha); });
+            runTwo("IMannWhitneyU", "MannWhitneyU",
+                   [&] { MannWhitneyRecord(doc, cases, field, groupField, alpha); });
         }
         if (plan.fWaldWolfowitz) {
-            run("IWaldWolfowitzRuns", "WaldWolfowitzRuns",
-                [&] { WaldWolfowitzRecord(doc, cases, field, groupField, alpha); });
+            runTwo("IWaldWolfowitzRuns", "WaldWolfowitzRuns",
+                   [&] { WaldWolfowitzRecord(doc, cases, field, groupField, alpha); });
         }
         if (plan.fKolmogorovSmirnov) {
-            run("IKolmogorovSmirnov", "KolmogorovSmirnov",
-                [&] { KolmogorovSmirnovRecord(doc, cases, field, groupField, alpha); });
+            runTwo("IKolmogorovSmirnov", "KolmogorovSmirnov",
+                   [&] { KolmogorovSmirnovRecord(doc, cases, field, groupField, alpha); });
         }
         if (plan.fMoses) {
-            run("IMoses", "Moses",
-                [&] { MosesRecord(doc, cases, field, groupField, *plan.fMoses, alpha); });
+            runTwo("IMoses", "Moses",
+                   [&] { MosesRecord(doc, cases, field, groupField, *plan.fMoses, alpha); });
         }
         if (kruskalWallis) {
             const KruskalWallisOptions options =
@@ -534,6 +558,10 @@ void WriteIndependentTests(const SplitData& data, const IndependentPlan& plan,
             if (nominal) {
                 WriteCannotCompute(doc, "IHodgesLehmannEstimateGroups",
                                    "AllDistinctValuesUsed_I_HodgesLehman_2", field, groupField);
+            } else if (notTwo) {
+                WriteNotTwoGroups(doc, "IHodgesLehmannEstimateGroups",
+                                  "AllDistinctValuesUsed_I_HodgesLehman_2", field, groupField,
+                                  groups);
             } else {
                 HodgesLehmannRecord(doc, cases, field, groupField, criteria.fCILevel);
             }

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <random>
 #include <set>
+#include <utility>
 
 #include "engine/data/Dataset.h"
 #include "host/parser/ParsedCommand.h"
@@ -369,6 +370,14 @@ IndependentPlan Planner::Independent(const SubComObj& sub) {
         Fail("INDEPENDENT needs GROUP(field), the field that forms the groups");
     }
     plan.fGroupField = Field(group->getVarName(), "INDEPENDENT GROUP");
+    // The groups are the categories of the grouping field; a continuous field
+    // has none, and every test would have no cases.
+    if (!fData.GetVariable(plan.fGroupField).IsCategorical() &&
+        !fData.GetVariable(plan.fGroupField).IsString()) {
+        Fail("INDEPENDENT GROUP: " + group->getVarName() +
+             " is continuous; the groups come from a nominal or ordinal field (give its "
+             "measurement level in the dictionary)");
+    }
     if (std::find(plan.fFields.begin(), plan.fFields.end(), plan.fGroupField) !=
         plan.fFields.end()) {
         Fail("INDEPENDENT: the grouping field " + group->getVarName() + " is also a TEST field");
@@ -416,7 +425,25 @@ IndependentPlan Planner::Independent(const SubComObj& sub) {
 
 RelatedPlan Planner::Related(const SubComObj& sub) {
     RelatedPlan plan;
+    // A field named twice would be compared with itself: every difference
+    // zero, every pair of ranks tied.
+    const ParamObj* test = sub.getParamObj("TEST");
+    std::vector<std::string> names;
+    if (test && test->getVarList(names)) {
+        std::vector<int> seen;
+        for (const std::string& name : names) {
+            const int index = Field(name, "RELATED TEST");
+            if (std::find(seen.begin(), seen.end(), index) != seen.end()) {
+                Fail("RELATED TEST names " + fData.GetVariable(index).fName +
+                     " twice; the related tests compare different fields");
+            }
+            seen.push_back(index);
+        }
+    }
     plan.fFields = Fields(sub, "at least two fields");
+    if (plan.fFields.size() < 2) {
+        Fail("RELATED TEST names 1 field; the related tests compare two or more fields");
+    }
     plan.fSign = sub.getParamObj("SIGN") != nullptr;
     plan.fWilcoxon = sub.getParamObj("WILCOXON") != nullptr;
     plan.fMarginalHomogeneity = sub.getParamObj("MARGINAL_HOMOGENEITY") != nullptr;
@@ -436,6 +463,20 @@ RelatedPlan Planner::Related(const SubComObj& sub) {
     }
     if (const ParamObj* keyword = sub.getParamObj("KENDALL")) {
         plan.fKendall = FriedmanOptions{CompareOf(Qualifiers(keyword))};
+    }
+    // The two-field tests compare the first field with the second; with more
+    // fields there is no pair to compare.
+    const std::pair<const char*, bool> twoField[] = {
+        {"SIGN", plan.fSign},
+        {"WILCOXON", plan.fWilcoxon},
+        {"MCNEMAR", plan.fMcNemar.has_value()},
+        {"MARGINAL_HOMOGENEITY", plan.fMarginalHomogeneity},
+        {"HODGES_LEHMAN", plan.fHodgesLehmann}};
+    for (const auto& [keyword, requested] : twoField) {
+        if (requested && plan.fFields.size() != 2) {
+            Fail(std::string("RELATED ") + keyword + " compares exactly two fields; TEST names " +
+                 std::to_string(plan.fFields.size()) + " fields");
+        }
     }
     plan.fChooseTests = !plan.fSign && !plan.fWilcoxon && !plan.fMarginalHomogeneity &&
                         !plan.fHodgesLehmann && !plan.fMcNemar && !plan.fCochran &&

@@ -11,6 +11,7 @@
 #include "host/parser/NPTestsGrammar.h"
 #include "host/parser/ParsedCommand.h"
 #include "host/parser/ParserMessage.h"
+#include "host/vexa/DictionaryJson.h"
 #include "host/vexa/VEXA_DataSource.h"
 
 namespace {
@@ -18,8 +19,11 @@ class PlanTest : public testing::Test {
 protected:
     void SetUp() override {
         std::string error;
-        ASSERT_TRUE(
-            ReadDataText("d.csv", "x,y,g,s\n1,2,1,a\n2,3,2,b\n3,5,1,a\n", nullptr, fData, error))
+        const std::unique_ptr<VEXA_DataSource> dictionary = DataSourceFromDictionary(
+            R"({"variables": [{"name": "g", "measure": "nominal"}]})", error);
+        ASSERT_TRUE(dictionary) << error;
+        ASSERT_TRUE(ReadDataText("d.csv", "x,y,g,s\n1,2,1,a\n2,3,2,b\n3,5,1,a\n", dictionary.get(),
+                                 fData, error))
             << error;
         fSource = HostDataSource(fData);
     }
@@ -154,4 +158,26 @@ TEST_F(PlanTest, OptionsThatDoNotFitNameTheOption) {
     EXPECT_EQ(error, "CHISQUARE EXPECTED=CUSTOM needs FREQUENCIES=...");
     EXPECT_FALSE(Plan("NPTESTS /INDEPENDENT TEST(x)", &error));
     EXPECT_EQ(error, "INDEPENDENT needs GROUP(field), the field that forms the groups");
+}
+
+TEST_F(PlanTest, FieldsThatDoNotFitTheFamilyNameTheFieldOrTheKeyword) {
+    std::string error;
+    EXPECT_FALSE(Plan("NPTESTS /INDEPENDENT TEST(x) GROUP(y) KRUSKAL_WALLIS", &error));
+    EXPECT_EQ(error, "INDEPENDENT GROUP: y is continuous; the groups come from a nominal or "
+                     "ordinal field (give its measurement level in the dictionary)");
+    EXPECT_TRUE(Plan("NPTESTS /INDEPENDENT TEST(x) GROUP(s) MANN_WHITNEY")); // a string is nominal
+    for (const char* keyword :
+         {"SIGN", "WILCOXON", "MCNEMAR", "MARGINAL_HOMOGENEITY", "HODGES_LEHMAN"}) {
+        EXPECT_FALSE(Plan(std::string("NPTESTS /RELATED TEST(x y g) ") + keyword, &error));
+        EXPECT_EQ(error, std::string("RELATED ") + keyword +
+                             " compares exactly two fields; TEST names 3 fields");
+        EXPECT_TRUE(Plan(std::string("NPTESTS /RELATED TEST(x y) ") + keyword));
+    }
+    // The k-field tests take two fields or more.
+    EXPECT_TRUE(Plan("NPTESTS /RELATED TEST(x y) FRIEDMAN KENDALL COCHRAN"));
+    EXPECT_TRUE(Plan("NPTESTS /RELATED TEST(x y g) FRIEDMAN KENDALL COCHRAN"));
+    EXPECT_FALSE(Plan("NPTESTS /RELATED TEST(x) FRIEDMAN", &error));
+    EXPECT_EQ(error, "RELATED TEST names 1 field; the related tests compare two or more fields");
+    EXPECT_FALSE(Plan("NPTESTS /RELATED TEST(x y x) FRIEDMAN", &error));
+    EXPECT_EQ(error, "RELATED TEST names x twice; the related tests compare different fields");
 }

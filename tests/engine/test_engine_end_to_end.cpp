@@ -131,6 +131,54 @@ TEST_F(EngineRun, OptionsThatDoNotFitEndWithStatusTwoAndNameTheOption) {
                           "variable (codes with value labels)\n");
 }
 
+// Fields the family cannot test end the run with status 2 before anything is
+// written; a two-sample test on a field of three groups keeps its row and says why.
+TEST_F(EngineRun, FieldsThatDoNotFitTheFamilyEndWithStatusTwo) {
+    Write("d.csv", "x,y,z,g\n1,2,3,1\n2,3,1,2\n3,5,4,1\n4,1,2,3\n5,7,6,2\n6,4,5,3\n");
+    Write("d.json", R"({"variables": [{"name": "g", "measure": "nominal"}]})");
+    const struct {
+        const char* fCommand;
+        const char* fMessage;
+    } cases[] = {
+        {"NPTESTS /RELATED TEST(x y z) SIGN FRIEDMAN",
+         "nptests: RELATED SIGN compares exactly two fields; TEST names 3 fields\n"},
+        {"NPTESTS /RELATED TEST(x y z) MARGINAL_HOMOGENEITY",
+         "nptests: RELATED MARGINAL_HOMOGENEITY compares exactly two fields; TEST names 3 "
+         "fields\n"},
+        {"NPTESTS /RELATED TEST(x x) WILCOXON",
+         "nptests: RELATED TEST names x twice; the related tests compare different fields\n"},
+        {"NPTESTS /RELATED TEST(y)",
+         "nptests: RELATED TEST names 1 field; the related tests compare two or more fields\n"},
+        {"NPTESTS /INDEPENDENT TEST(x) GROUP(y)",
+         "nptests: INDEPENDENT GROUP: y is continuous; the groups come from a nominal or ordinal "
+         "field (give its measurement level in the dictionary)\n"},
+    };
+    for (const auto& c : cases) {
+        const CommandResult result =
+            Run({"--data", "d.csv", "--dictionary", "d.json", "-c", c.fCommand, "-o", "out.txt"});
+        EXPECT_EQ(result.fStatus, 2) << c.fCommand;
+        EXPECT_EQ(result.fErr, c.fMessage) << c.fCommand;
+        EXPECT_FALSE(fs::exists(fDir / "out.txt")) << c.fCommand;
+    }
+    const CommandResult three =
+        Run({"--data", "d.csv", "--dictionary", "d.json", "-c",
+             "NPTESTS /INDEPENDENT TEST(x) GROUP(g) MANN_WHITNEY KRUSKAL_WALLIS(COMPARE=NONE)"});
+    ASSERT_EQ(three.fStatus, 0) << three.fErr;
+    // The summary row of each test, as the text output lays it out.
+    const auto rowOf = [&](const std::string& test) {
+        const std::size_t at = three.fOut.find(test);
+        return at == std::string::npos ? std::string()
+                                       : three.fOut.substr(at, three.fOut.find('\n', at) - at);
+    };
+    EXPECT_NE(rowOf("Mann-Whitney U Test").find(".[a]  Unable to compute."), std::string::npos)
+        << three.fOut;
+    EXPECT_NE(three.fOut.find("a. The test compares two groups; the number of groups with cases "
+                              "of this field is 3."),
+              std::string::npos);
+    EXPECT_NE(rowOf("Kruskal-Wallis Test").find("0.276     Retain the null hypothesis."),
+              std::string::npos);
+}
+
 TEST_F(EngineRun, SplitsInAscendingOrderWithTheirValues) {
     Write("d.csv", "x,g\n1,3\n2,1\n3,3\n4,\n5,1\n6,2\n");
     const CommandResult result =
