@@ -138,15 +138,20 @@ void WriteDifferences(Algorithm& algorithm, std::span<const double> first,
     WriteHistogram(table, bins);
 }
 
-void WriteSign(const SplitData& data, int a, int b, const Criteria& criteria, Document& doc) {
+// The sign test and the Wilcoxon signed-rank test write the same record: the
+// statistic with its standard error and standardized value, the asymptotic
+// significance, the exact one where it is reported, and the histogram of the
+// differences. `Result` is SignTestResult or WilcoxonResult.
+template <typename Result>
+void WritePairedRankTest(const SplitData& data, int a, int b, const Criteria& criteria,
+                         Document& doc, const char* name, const char* conditionKey,
+                         const Columns& columns, const Result& result, bool exactReported) {
     const int pair[] = {a, b};
-    const Columns columns = CompleteCases(data, pair);
-    const SignTestResult result = SignTest(columns.fValues[0], columns.fValues[1]);
-    const double sig = result.fExactReported ? result.fExactSig : result.fAsymptoticSig;
+    const double sig = exactReported ? result.fExactSig : result.fAsymptoticSig;
     Algorithm algorithm =
-        doc.AddAlgorithm("RSign", Classification::kRelated, Decide(sig, criteria.fAlpha));
+        doc.AddAlgorithm(name, Classification::kRelated, Decide(sig, criteria.fAlpha));
     const std::vector<int> ordinal = OrdinalFields(data, pair);
-    algorithm.Condition("R_Sign_2", {FieldParam(data, a), FieldParam(data, b)}, std::nullopt,
+    algorithm.Condition(conditionKey, {FieldParam(data, a), FieldParam(data, b)}, std::nullopt,
                         ordinal);
     if (a == b || !result.Computed()) {
         CannotCompute(algorithm);
@@ -158,38 +163,27 @@ void WriteSign(const SplitData& data, int a, int b, const Criteria& criteria, Do
             .Value("StandardError", result.fStandardError)
             .Value("StandardizedTestStatistic", result.fStandardized)
             .Value("AsymptoticSig2Tailed", result.fAsymptoticSig);
-        if (result.fExactReported) {
+        if (exactReported) {
             stats.Value("ExactSig2Tailed", result.fExactSig);
         }
     }
     WriteDifferences(algorithm, columns.fValues[0], columns.fValues[1]);
 }
 
+void WriteSign(const SplitData& data, int a, int b, const Criteria& criteria, Document& doc) {
+    const int pair[] = {a, b};
+    const Columns columns = CompleteCases(data, pair);
+    const SignTestResult result = SignTest(columns.fValues[0], columns.fValues[1]);
+    WritePairedRankTest(data, a, b, criteria, doc, "RSign", "R_Sign_2", columns, result,
+                        result.fExactReported);
+}
+
 void WriteWilcoxon(const SplitData& data, int a, int b, const Criteria& criteria, Document& doc) {
     const int pair[] = {a, b};
     const Columns columns = CompleteCases(data, pair);
     const WilcoxonResult result = WilcoxonSignedRank(columns.fValues[0], columns.fValues[1]);
-    const double sig = result.fHasExact ? result.fExactSig : result.fAsymptoticSig;
-    Algorithm algorithm = doc.AddAlgorithm("RWilcoxonSignedRanks", Classification::kRelated,
-                                           Decide(sig, criteria.fAlpha));
-    const std::vector<int> ordinal = OrdinalFields(data, pair);
-    algorithm.Condition("R_WilcoxonSignedRanks_2", {FieldParam(data, a), FieldParam(data, b)},
-                        std::nullopt, ordinal);
-    if (a == b || !result.Computed()) {
-        CannotCompute(algorithm);
-    }
-    StatisticsResult stats = algorithm.Statistics();
-    stats.Value("TotalN", static_cast<double>(result.fTotalN));
-    if (a != b && result.Computed()) {
-        stats.Value("TestStatistic", result.fStatistic)
-            .Value("StandardError", result.fStandardError)
-            .Value("StandardizedTestStatistic", result.fStandardized)
-            .Value("AsymptoticSig2Tailed", result.fAsymptoticSig);
-        if (result.fHasExact) {
-            stats.Value("ExactSig2Tailed", result.fExactSig);
-        }
-    }
-    WriteDifferences(algorithm, columns.fValues[0], columns.fValues[1]);
+    WritePairedRankTest(data, a, b, criteria, doc, "RWilcoxonSignedRanks",
+                        "R_WilcoxonSignedRanks_2", columns, result, result.fHasExact);
 }
 
 void WriteHodgesLehmann(const SplitData& data, int a, int b, const Criteria& criteria,
