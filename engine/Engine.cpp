@@ -126,7 +126,8 @@ void AddFieldInfo(const SplitData& split, int field, Document& doc) {
     const std::vector<double> valid = split.ValidValues(field);
     const Variable& variable = split.GetVariable(field);
     const double total = static_cast<double>(valid.size());
-    if (variable.IsCategorical() || variable.IsString()) {
+    if ((variable.IsCategorical() || variable.IsString()) &&
+        !doc.TreatedAsContinuous(split.DocumentIndex(field))) {
         std::vector<double> counts(split.Categories(field).size(), 0.0);
         for (double value : valid) {
             const int at = split.CategoryPosition(field, value);

@@ -6,6 +6,7 @@
 #include "engine/doc/Builders.h"
 
 #include <algorithm>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -80,17 +81,25 @@ void CannotCompute(Algorithm& algorithm) {
     algorithm.Messages(std::span<const Message>(&message, 1));
 }
 
-// The name of a category in the document's tables: the value as the
-// dictionary writes it when that is one word, else its position.
+// The name of a category in the document's tables: its position in the
+// field's category list, or the position past the list for a value that is
+// no category of the field.
 std::string CategoryName(const SplitData& data, int field, double value) {
     const int position = data.CategoryPosition(field, value);
-    if (position >= 0) {
-        const std::string& text = data.Categories(field)[static_cast<std::size_t>(position)].fText;
-        if (!text.empty() && text.find_first_of(" \t\n") == std::string::npos) {
-            return text;
-        }
+    return std::to_string(position >= 0 ? static_cast<std::size_t>(position)
+                                        : data.Categories(field).size());
+}
+
+// The positions of values, named as CategoryName names them.
+std::vector<double> CategoryPositions(const SplitData& data, int field,
+                                      std::span<const double> values) {
+    std::vector<double> positions;
+    for (double value : values) {
+        const int position = data.CategoryPosition(field, value);
+        positions.push_back(position >= 0 ? static_cast<double>(position)
+                                          : static_cast<double>(data.Categories(field).size()));
     }
-    return FormatNumber(value);
+    return positions;
 }
 
 // The success values of a selection: the values listed (texts resolved to
@@ -130,9 +139,13 @@ void WriteDifferences(Algorithm& algorithm, std::span<const double> first,
     table.Attribute("NegativeDifferences", static_cast<double>(counts.fNegative));
     table.Attribute("Ties", static_cast<double>(counts.fTies));
     table.Attribute("PositiveDifferences", static_cast<double>(counts.fPositive));
+    // The ties are counted above and drawn in no bin, so that zero is a bin
+    // edge and no bin mixes positive and negative differences.
+    std::vector<double> nonZero;
+    std::copy_if(differences.begin(), differences.end(), std::back_inserter(nonZero),
+                 [](double d) { return d != 0; });
     std::vector<HistogramBin> bins;
-    for (const DifferenceBin& bin :
-         DifferenceHistogram(differences, HistogramBinWidth(differences))) {
+    for (const DifferenceBin& bin : DifferenceHistogram(nonZero, HistogramBinWidth(nonZero))) {
         bins.push_back({bin.fMidpoint, bin.fCount});
     }
     WriteHistogram(table, bins);
@@ -211,7 +224,7 @@ void WriteCategoryTable(Algorithm& algorithm, const SplitData& data, int a, int 
     const char* listNames[] = {"RowSuccessList", "RowFailList", "ColumnSuccessList",
                                "ColumnFailList"};
     for (std::size_t i = 0; i < lists.size() && i < 4; ++i) {
-        comparison.Attribute(listNames[i], lists[i]);
+        comparison.Attribute(listNames[i], CategoryPositions(data, i < 2 ? a : b, lists[i]));
     }
     std::vector<std::string> rowNames;
     std::vector<std::string> columnNames;

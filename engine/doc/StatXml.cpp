@@ -422,10 +422,29 @@ void Document::AddCategoricalInfo(int fieldIndex, double total, std::span<const 
     StructuredTable table(node.append_child("StructuredTable"));
     table.Node().append_attribute("name").set_value("CategoricalDistribution");
     table.Attribute("Total", total);
-    SimpleTable categories = table.Simple("Categories", {}, {"Value", "Count"});
+    SimpleTable categories = table.Simple("Categories", {}, {"Category", "Count"});
     for (std::size_t i = 0; i < counts.size(); ++i) {
         categories.Row({static_cast<double>(i), counts[i]});
     }
+}
+
+bool Document::TreatedAsContinuous(int fieldIndex) const {
+    const std::string index = std::to_string(fieldIndex);
+    const pugi::xml_node found = fTests.find_node([&](pugi::xml_node node) {
+        if (std::string_view(node.name()) != "Attribute" ||
+            std::string_view(node.attribute("name").value()) != "OrdinalTreatedAsCont") {
+            return false;
+        }
+        std::istringstream words(node.attribute("value").value());
+        std::string word;
+        while (words >> word) {
+            if (word == index) {
+                return true;
+            }
+        }
+        return false;
+    });
+    return static_cast<bool>(found);
 }
 
 void Document::AddContinuousInfo(int fieldIndex, double total, double min, double max, double mean,

@@ -21,6 +21,39 @@ HERE = os.path.dirname(os.path.abspath(__file__))
 OUT = os.path.dirname(HERE)
 
 
+# ---------------------------------------------------------------------------
+# Data sets that the engine computes its documents from (examples/data)
+
+MEASURE = {"continuous": "scale", "categorical": "nominal", "ordinal": "ordinal"}
+
+
+def write_data(name, fields):
+    """Writes the fields as examples/data/NAME.csv and the dictionary NAME.json."""
+    data_dir = os.path.join(OUT, "data")
+    n = len(fields[0].data)
+
+    def text(v):
+        return "" if v is None else repr(v) if isinstance(v, float) else str(v)
+
+    with open(os.path.join(data_dir, name + ".csv"), "w", encoding="utf-8", newline="") as f:
+        f.write(",".join(fl.name for fl in fields) + "\n")
+        for i in range(n):
+            f.write(",".join(text(fl.data[i]) for fl in fields) + "\n")
+    variables = []
+    for fl in fields:
+        decimals = 1 if fl.dtype == "double" else 0
+        var = {"name": fl.name, "label": fl.label, "measure": MEASURE[fl.optype],
+               "format": "F8.%d" % decimals}
+        if fl.values:
+            var["valueLabels"] = [{"value": v, "label": lab} for v, lab in fl.values]
+        variables.append(var)
+    with open(os.path.join(data_dir, name + ".json"), "w", encoding="utf-8") as f:
+        f.write('{"variables": [\n')
+        f.write(",\n".join("  " + json.dumps(v) for v in variables))
+        f.write("\n]}\n")
+    print("wrote data/%s.csv and data/%s.json" % (name, name))
+
+
 def clip(v, lo, hi):
     return max(lo, min(hi, v))
 
@@ -194,7 +227,7 @@ def one_sample():
 
 
 # ---------------------------------------------------------------------------
-# related_samples.xml: a sleep clinic, every related-samples test
+# related_samples: a sleep clinic (the engine computes related_samples.xml)
 
 
 def related_samples():
@@ -254,28 +287,12 @@ def related_samples():
         fields.append(Field("pillow_" + letter.lower(), "Comfort rank of pillow " + letter, "continuous",
                             "integer", pillows[j]))
     fields.append(Field("patient_id", "Patient ID", "continuous", "integer", list(range(2001, 2001 + n))))
-    doc = Document("Sleep clinic: 30 patients, sleep on a placebo and a drug night, three days of "
-                   "feeling rested, snoring and sleep quality before and after, and each patient's "
-                   "ranking of four pillows (1 = most comfortable).", fields)
-    a = doc.algorithms
-    a.append(t.related_pair(doc, 0, 1, sign=True, width=0.5))
-    a.append(t.cochran(doc, [2, 3, 4], 1, extra=[messages(message(220052, "helpMessage", [2]))]))
-    a.append(t.mcnemar(doc, 5, 6, success=1, failure=0, row_outside=[9], col_outside=[9]))
-    a.append(t.marginal_homogeneity(doc, 7, 8))
-    a.append(t.friedman_like(doc, [9, 10, 11, 12], kendall=True))
-    a.append(t.hodges_lehmann_pairs(doc, 0, 1))
-    for i in (0, 1):
-        doc.field_infos.append(field_info(i, fields[i], st.histogram(fields[i].valid(), 0.5, 0)))
-    for i in range(2, 9):
-        doc.field_infos.append(field_info(i, fields[i]))
-    for i in range(9, 13):
-        doc.field_infos.append(field_info(i, fields[i], st.histogram(fields[i].valid(), 1, 0.5)))
-    return doc
+    write_data("related_samples", fields)
 
 
 # ---------------------------------------------------------------------------
-# independent_samples.xml: a reaction-time experiment, every
-# independent-samples test
+# independent_samples: a reaction-time experiment (the engine computes
+# independent_samples.xml)
 
 
 def independent_samples(seed=1329):
@@ -310,33 +327,7 @@ def independent_samples(seed=1329):
               [(1, "North lab"), (2, "South lab"), (3, "West lab")]),
         Field("subject", "Subject number", "continuous", "integer", list(range(1, n + 1))),
     ]
-    doc = Document("Reaction-time experiment: 24 subjects, control or alcohol condition, four "
-                   "caffeine doses and three laboratories.", fields)
-    a = doc.algorithms
-    a.append(t.moses(doc, 0, 1))
-    ww, (rmin, rmax) = t.wald_wolfowitz(doc, 0, 1, 20)
-    assert rmin != rmax, "the runs test should have ties between the groups"
-    a.append(ww)
-    a.append(t.kolmogorov_two(doc, 0, 1, 20))
-    a.append(t.hodges_lehmann_groups(doc, 0, 1))
-    a.append(t.jonckheere(doc, 3, 2))
-    med, _ = t.median_test(doc, 4, 1)
-    a.append(med)
-    med, rows = t.median_test(doc, 5, 6, pairwise=True)
-    # pair-specific messages name a pair of samples as written in the table
-    keys = ["%d;%d" % (r[0], r[1]) for r in rows]
-    med.children.insert(1, messages(message(222331, "warning", group=keys[1]),
-                                    message(222328, "error", group=keys[2])))
-    a.append(med)
-    infos = doc.field_infos
-    infos.append(field_info(0, fields[0], st.histogram(rt, 20, 0)))
-    infos.append(field_info(1, fields[1]))
-    infos.append(field_info(2, fields[2]))
-    infos.append(field_info(3, fields[3], st.histogram(alert, 5, 0)))
-    infos.append(field_info(4, fields[4], st.histogram(errors, 1, -0.5)))
-    infos.append(field_info(5, fields[5], st.histogram(accuracy, 5, 0)))
-    infos.append(field_info(6, fields[6]))
-    return doc
+    write_data("independent_samples", fields)
 
 
 # ---------------------------------------------------------------------------
@@ -524,10 +515,10 @@ def main():
     docs = {
         "overview.xml": overview(),
         "one_sample.xml": one_sample(),
-        "related_samples.xml": related_samples(),
-        "independent_samples.xml": independent_samples(),
         "large_k.xml": large_k(),
     }
+    related_samples()
+    independent_samples()
     split_1, split_2 = split_documents()
     docs["split_1.xml"] = split_1
     docs["split_2.xml"] = split_2

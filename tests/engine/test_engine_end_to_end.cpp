@@ -1,13 +1,14 @@
 // The engine through the real nptests program: data in, documents and output
 // out. Exit statuses and messages of bad data and bad options, splits, the
 // missing-value rules, the same bytes for the same seed, and the one-sample
-// statistics of the documents against R.
+// statistics of the documents against R, the layout of the related tables.
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <filesystem>
 #include <fstream>
 #include <map>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -324,4 +325,57 @@ TEST_F(EngineRun, OneSampleTestsAgreeWithR) {
         parsed.select_node("//StructuredTable[@name='ClopperPearson']//Attribute[@name='Lower']");
     ASSERT_TRUE(lower);
     EXPECT_NEAR(lower.node().attribute("value").as_double(), b[1], 1e-9);
+}
+
+// The tables charts draw name categories by position, bin only the non-zero
+// differences, and give an ordinal field that a test treated as continuous
+// the field information of a continuous field.
+TEST_F(EngineRun, RelatedTablesAreLaidOutForTheCharts) {
+    Write("d.json", R"({"variables": [
+        {"name": "pre", "measure": "ordinal", "valueLabels": [{"value": 1, "label": "Poor"},
+            {"value": 2, "label": "Fair"}, {"value": 3, "label": "Good"}]},
+        {"name": "post", "measure": "ordinal", "valueLabels": [{"value": 1, "label": "Poor"},
+            {"value": 2, "label": "Fair"}, {"value": 3, "label": "Good"}]}]})");
+    Write("d.csv", "pre,post\n1,2\n2,3\n2,2\n3,3\n1,3\n2,1\n");
+    const CommandResult result =
+        Run({"--data", "d.csv", "--dictionary", "d.json", "--write-documents", "docs", "-f", "json",
+             "-c",
+             "NPTESTS /RELATED TEST(pre post) SIGN MARGINAL_HOMOGENEITY MCNEMAR(SUCCESS=LIST(3))"});
+    ASSERT_EQ(result.fStatus, 0) << result.fErr;
+    pugi::xml_document doc;
+    ASSERT_TRUE(doc.load_string(Document("docs").c_str()));
+    auto text = [&](const std::string& xpath) {
+        return std::string(doc.select_node(xpath.c_str()).node().child_value());
+    };
+    const std::string mh =
+        "//Algorithm[@name='RMarginalHomogeneity']//SimpleTable[@name='Crosstab']";
+    EXPECT_EQ(text(mh + "/RowNames"), "0 1 2");
+    EXPECT_EQ(text(mh + "/ColumnNames"), "0 1 2");
+    // McNemar: failure (the first failure value met, 1 = position 0), then success.
+    const std::string mc =
+        "//Algorithm[@name='RMcNemar']//StructuredTable[@name='CategoryFieldsComparison']";
+    EXPECT_EQ(text(mc + "/SimpleTable[@name='Crosstab']/RowNames"), "0 2");
+    EXPECT_EQ(std::string(doc.select_node((mc + "/Attribute[@name='RowSuccessList']").c_str())
+                              .node()
+                              .attribute("value")
+                              .value()),
+              "2");
+    // Differences 1 1 0 0 2 -1: the two ties are in no bin, no bin holds zero inside.
+    double counted = 0;
+    for (pugi::xpath_node row :
+         doc.select_nodes("//Algorithm[@name='RSign']//SimpleTable[@name='Histogram']/Row")) {
+        double midpoint = 0;
+        double count = 0;
+        std::istringstream(row.node().child_value()) >> midpoint >> count;
+        EXPECT_NE(midpoint, 0) << "a bin centred on zero mixes signs";
+        counted += count;
+    }
+    EXPECT_EQ(counted, 4);
+    // The sign test treated pre and post as continuous.
+    for (const char* index : {"0", "1"}) {
+        EXPECT_TRUE(doc.select_node((std::string("//FieldInfo[@varIndex='") + index +
+                                     "']/StructuredTable[@name='ContinuousDistribution']")
+                                        .c_str()))
+            << "field " << index;
+    }
 }
