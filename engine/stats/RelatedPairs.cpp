@@ -85,9 +85,13 @@ std::vector<double> PairedDifferences(std::span<const double> first,
     return differences;
 }
 
-DifferenceCounts CountDifferenceSigns(std::span<const double> differences) {
+namespace {
+// Counts the signs of `n` differences, the i-th given by difference(i), so
+// that a test can count without storing the differences.
+template <typename Difference> DifferenceCounts CountSigns(std::size_t n, Difference difference) {
     DifferenceCounts counts;
-    for (double d : differences) {
+    for (std::size_t i = 0; i < n; ++i) {
+        const double d = difference(i);
         if (d < 0) {
             ++counts.fNegative;
         } else if (d > 0) {
@@ -97,6 +101,11 @@ DifferenceCounts CountDifferenceSigns(std::span<const double> differences) {
         }
     }
     return counts;
+}
+} // namespace
+
+DifferenceCounts CountDifferenceSigns(std::span<const double> differences) {
+    return CountSigns(differences.size(), [&](std::size_t i) { return differences[i]; });
 }
 
 SignTestResult SignTest(std::span<const double> first, std::span<const double> second) {
@@ -110,16 +119,7 @@ SignTestResult SignTest(std::span<const double> first, std::span<const double> s
         result.fOutcome = RelatedOutcome::kTooFewCases;
         return result;
     }
-    for (std::size_t i = 0; i < first.size(); ++i) {
-        const double d = second[i] - first[i];
-        if (d < 0) {
-            ++result.fCounts.fNegative;
-        } else if (d > 0) {
-            ++result.fCounts.fPositive;
-        } else {
-            ++result.fCounts.fTies;
-        }
-    }
+    result.fCounts = CountSigns(first.size(), [&](std::size_t i) { return second[i] - first[i]; });
     const std::size_t m = result.fCounts.fNegative + result.fCounts.fPositive;
     if (m == 0) {
         result.fOutcome = RelatedOutcome::kAllDifferencesZero;
