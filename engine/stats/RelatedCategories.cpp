@@ -104,13 +104,7 @@ McNemarResult McNemar(std::span<const double> first, std::span<const double> sec
 MarginalHomogeneityResult MarginalHomogeneity(std::span<const double> first,
                                               std::span<const double> second) {
     MarginalHomogeneityResult result;
-    if (first.size() != second.size()) {
-        result.fOutcome = RelatedOutcome::kUnequalLengths;
-        return result;
-    }
-    result.fTotalN = first.size();
-    if (result.fTotalN < 2) {
-        result.fOutcome = RelatedOutcome::kTooFewCases;
+    if (!ArePairedCases(first.size(), second.size(), result)) {
         return result;
     }
     const auto finite = [](double v) { return std::isfinite(v); };

@@ -1,6 +1,7 @@
 // Whether a related-samples statistic could be computed, and why not.
 #pragma once
 
+#include <cstddef>
 #include <limits>
 
 enum class RelatedOutcome {
@@ -43,3 +44,20 @@ inline const char* RelatedOutcomeText(RelatedOutcome outcome) {
 // A number that was not computed or does not apply (a missing cell in the
 // document).
 inline constexpr double kRelatedNoValue = std::numeric_limits<double>::quiet_NaN();
+
+// The check that opens every two-field test: both fields hold the same number
+// of cases (sets `result.fTotalN`), at least two. False, with the outcome
+// set, when not.
+template <typename Result>
+bool ArePairedCases(std::size_t firstSize, std::size_t secondSize, Result& result) {
+    if (firstSize != secondSize) {
+        result.fOutcome = RelatedOutcome::kUnequalLengths;
+        return false;
+    }
+    result.fTotalN = firstSize;
+    if (result.fTotalN < 2) {
+        result.fOutcome = RelatedOutcome::kTooFewCases;
+        return false;
+    }
+    return true;
+}

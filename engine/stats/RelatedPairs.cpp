@@ -29,10 +29,6 @@ double BinomialTwoSidedHalf(std::size_t x, std::size_t m) {
     return std::min(1.0, 2.0 * boost::math::cdf(distribution, static_cast<double>(smaller)));
 }
 
-bool SameLength(std::span<const double> first, std::span<const double> second) {
-    return first.size() == second.size();
-}
-
 // Exact two-sided significance of the signed-rank statistic 2T+ =
 // `doubledStatistic` when the absolute differences carry the doubled
 // mid-ranks `doubledRanks` (integers): every sign pattern is equally likely.
@@ -75,7 +71,7 @@ double SignedRankExact(const std::vector<std::int64_t>& doubledRanks,
 std::vector<double> PairedDifferences(std::span<const double> first,
                                       std::span<const double> second) {
     std::vector<double> differences;
-    if (!SameLength(first, second)) {
+    if (first.size() != second.size()) {
         return differences;
     }
     differences.resize(first.size());
@@ -110,13 +106,7 @@ DifferenceCounts CountDifferenceSigns(std::span<const double> differences) {
 
 SignTestResult SignTest(std::span<const double> first, std::span<const double> second) {
     SignTestResult result;
-    if (!SameLength(first, second)) {
-        result.fOutcome = RelatedOutcome::kUnequalLengths;
-        return result;
-    }
-    result.fTotalN = first.size();
-    if (result.fTotalN < 2) {
-        result.fOutcome = RelatedOutcome::kTooFewCases;
+    if (!ArePairedCases(first.size(), second.size(), result)) {
         return result;
     }
     result.fCounts = CountSigns(first.size(), [&](std::size_t i) { return second[i] - first[i]; });
@@ -140,13 +130,7 @@ SignTestResult SignTest(std::span<const double> first, std::span<const double> s
 
 WilcoxonResult WilcoxonSignedRank(std::span<const double> first, std::span<const double> second) {
     WilcoxonResult result;
-    if (!SameLength(first, second)) {
-        result.fOutcome = RelatedOutcome::kUnequalLengths;
-        return result;
-    }
-    result.fTotalN = first.size();
-    if (result.fTotalN < 2) {
-        result.fOutcome = RelatedOutcome::kTooFewCases;
+    if (!ArePairedCases(first.size(), second.size(), result)) {
         return result;
     }
     // The absolute values of the positive and of the negative differences,
@@ -334,13 +318,7 @@ PairedHodgesLehmannResult HodgesLehmannPaired(std::span<const double> first,
                                               std::span<const double> second, double level) {
     PairedHodgesLehmannResult result;
     result.fLevel = level;
-    if (!SameLength(first, second)) {
-        result.fOutcome = RelatedOutcome::kUnequalLengths;
-        return result;
-    }
-    result.fTotalN = first.size();
-    if (result.fTotalN < 2) {
-        result.fOutcome = RelatedOutcome::kTooFewCases;
+    if (!ArePairedCases(first.size(), second.size(), result)) {
         return result;
     }
     if (!(level > 0 && level < 1)) {
