@@ -165,22 +165,13 @@ BinomialResult BinomialTest(std::size_t successes, std::size_t trials, double te
     return result;
 }
 
-ProportionInterval ClopperPearsonInterval(std::size_t successes, std::size_t trials, double level) {
-    ProportionInterval interval;
-    if (trials == 0 || successes > trials || !(level > 0 && level < 1)) {
-        return interval;
-    }
-    const double x = static_cast<double>(successes);
-    const double n = static_cast<double>(trials);
-    const double tail = (1 - level) / 2;
-    interval.fEstimate = x / n;
-    interval.fLower = successes == 0 ? 0.0 : boost::math::ibeta_inv(x, n - x + 1, tail, Policy());
-    interval.fUpper =
-        successes == trials ? 1.0 : boost::math::ibetac_inv(x + 1, n - x, tail, Policy());
-    return interval;
-}
-
-ProportionInterval JeffreysInterval(std::size_t successes, std::size_t trials, double level) {
+namespace {
+// An interval whose bounds are beta quantiles at the two tails: the lower
+// bound of Beta(x + lowerShift, n - x + 1 - lowerShift), the upper of
+// Beta(x + 1 - upperShift, n - x + upperShift); 0 with no successes and 1
+// with all. Clopper-Pearson shifts by 0 and 0, Jeffreys by 0.5 and 0.5.
+ProportionInterval BetaInterval(std::size_t successes, std::size_t trials, double level,
+                                double lowerShift, double upperShift) {
     ProportionInterval interval;
     if (trials == 0 || successes > trials || !(level > 0 && level < 1)) {
         return interval;
@@ -190,10 +181,23 @@ ProportionInterval JeffreysInterval(std::size_t successes, std::size_t trials, d
     const double tail = (1 - level) / 2;
     interval.fEstimate = x / n;
     interval.fLower =
-        successes == 0 ? 0.0 : boost::math::ibeta_inv(x + 0.5, n - x + 0.5, tail, Policy());
+        successes == 0
+            ? 0.0
+            : boost::math::ibeta_inv(x + lowerShift, n - x + 1 - lowerShift, tail, Policy());
     interval.fUpper =
-        successes == trials ? 1.0 : boost::math::ibetac_inv(x + 0.5, n - x + 0.5, tail, Policy());
+        successes == trials
+            ? 1.0
+            : boost::math::ibetac_inv(x + 1 - upperShift, n - x + upperShift, tail, Policy());
     return interval;
+}
+} // namespace
+
+ProportionInterval ClopperPearsonInterval(std::size_t successes, std::size_t trials, double level) {
+    return BetaInterval(successes, trials, level, 0.0, 0.0);
+}
+
+ProportionInterval JeffreysInterval(std::size_t successes, std::size_t trials, double level) {
+    return BetaInterval(successes, trials, level, 0.5, 0.5);
 }
 
 ProportionInterval LikelihoodRatioInterval(std::size_t successes, std::size_t trials,
