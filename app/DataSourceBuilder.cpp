@@ -69,6 +69,11 @@ std::unique_ptr<VEXA_DataSource> FromDictionaryElement(const SDOMXMLWrapper& dic
         } else if (dataType == "integer") {
             format = {VEXA_Format::kNumber, 8, 0};
         }
+        // The engine's documents say how many decimals a number shows.
+        if (const int decimals = field.Node().attribute("decimals").as_int(-1);
+            !isString && dataType != "date" && decimals >= 0 && decimals <= 15) {
+            format.fDecimals = decimals;
+        }
         variable.SetFormat(format);
         SDOMXMLIterator values;
         if (!field.GetElementIterator("Value", values, true)) {

@@ -397,8 +397,7 @@ bool SaveDocuments(const std::string& folder, const std::vector<CFSplitDocument>
         }
         plan["splits"].push_back({{"document", name}, {"values", splits[i].fSplitValues}});
     }
-    return WriteText((std::filesystem::path(folder) / "splits.json").string(),
-                     plan.dump(2) + "\n");
+    return WriteText((std::filesystem::path(folder) / "splits.json").string(), plan.dump(2) + "\n");
 }
 
 // With --data: reads the data and the dictionary and parses the command.
@@ -438,10 +437,12 @@ int LoadData(const Options& options, const CommandDescriptor& grammar,
 }
 
 // With --data: has the engine write one document per split, with the seed
-// the procedure chose for its Monte Carlo notes. Returns an exit status,
-// kExitOk when the splits are ready.
+// the procedure chose for its Monte Carlo notes, and widens the display
+// formats of `dataSource` to what the parameters of the tests need. Returns
+// an exit status, kExitOk when the splits are ready.
 int ComputeSplits(const Options& options, const Dataset& data, const CommandSpec& command,
-                  std::uint32_t seed, std::vector<CFSplitDocument>& splits) {
+                  std::uint32_t seed, VEXA_DataSource& dataSource,
+                  std::vector<CFSplitDocument>& splits) {
     std::string error;
     const bool progress = ShowProgress();
     EngineOptions engine;
@@ -462,8 +463,8 @@ int ComputeSplits(const Options& options, const Dataset& data, const CommandSpec
             }
         };
     }
-    std::vector<SplitDocument> documents;
-    const bool ran = RunEngine(data, command, engine, documents, error);
+    EngineResult result;
+    const bool ran = RunEngine(data, command, engine, result, error);
     if (progress) {
         std::fprintf(stderr, "\r%50s\r", "");
     }
@@ -471,6 +472,16 @@ int ComputeSplits(const Options& options, const Dataset& data, const CommandSpec
         std::cerr << "nptests: " << error << "\n";
         return kExitUsage;
     }
+    // Parameters in a field's units show with the decimals they need.
+    for (std::size_t i = 0; i < result.fDisplayDecimals.size(); ++i) {
+        if (VEXA_Variable* variable = dataSource.GetVariable(static_cast<int>(i));
+            variable && variable->IsNumeric()) {
+            VEXA_Format format = variable->GetFormat();
+            format.fDecimals = result.fDisplayDecimals[i];
+            variable->SetFormat(format);
+        }
+    }
+    std::vector<SplitDocument>& documents = result.fDocuments;
     std::vector<int> splitIndices;
     ResolveSplitBy(data, options.fSplitBy, splitIndices, error);
     splits.resize(documents.size());
@@ -571,8 +582,9 @@ int Run(const Options& options) {
         return kExitUsage;
     }
     if (data) {
-        const int status = ComputeSplits(options, *data, *command,
-                                         static_cast<std::uint32_t>(procedure->fSeed), splits);
+        const int status =
+            ComputeSplits(options, *data, *command, static_cast<std::uint32_t>(procedure->fSeed),
+                          *dataSource, splits);
         if (status != kExitOk) {
             return status;
         }

@@ -153,9 +153,13 @@ void AddFieldInfo(const SplitData& split, int field, Document& doc) {
     doc.AddContinuousInfo(split.DocumentIndex(field), total, *lo, *hi, mean, sd, Histogram(valid));
 }
 
-DocumentField MakeDocumentField(const Variable& variable, const std::vector<Category>& categories) {
+DocumentField MakeDocumentField(const Variable& variable, const std::vector<Category>& categories,
+                                int decimals) {
     DocumentField field;
     field.fName = variable.fName;
+    if (!variable.IsString() && variable.fType != StorageType::kDate) {
+        field.fDecimals = decimals;
+    }
     field.fLabel = variable.fLabel;
     field.fLevel = variable.IsString() && variable.fLevel == MeasureLevel::kContinuous
                        ? MeasureLevel::kNominal
@@ -195,7 +199,7 @@ bool ResolveSplitBy(const Dataset& data, const std::vector<std::string>& names,
 }
 
 bool RunEngine(const Dataset& data, const CommandSpec& command, const EngineOptions& options,
-               std::vector<SplitDocument>& documents, std::string& error) {
+               EngineResult& result, std::string& error) {
     std::optional<AnalysisPlan> plan = MakeAnalysisPlan(command, data, error);
     if (!plan) {
         return false;
@@ -247,7 +251,9 @@ bool RunEngine(const Dataset& data, const CommandSpec& command, const EngineOpti
         categories[static_cast<std::size_t>(i)] = MakeCategories(data, i, includeUser);
     }
 
+    std::vector<SplitDocument>& documents = result.fDocuments;
     documents.clear();
+    result.fDisplayDecimals = plan->DisplayDecimals(data);
     // The writers report Monte Carlo progress through the hook while this run lasts.
     struct HookGuard {
         ProgressHook fPrevious;
@@ -306,8 +312,9 @@ bool RunEngine(const Dataset& data, const CommandSpec& command, const EngineOpti
                         plan->fMissing.fListwise ? MissingTreatment::kListwise
                                                  : MissingTreatment::kTestwise);
         for (int i = 0; i < data.VariableCount(); ++i) {
-            doc.AddField(
-                MakeDocumentField(data.GetVariable(i), categories[static_cast<std::size_t>(i)]));
+            const auto at = static_cast<std::size_t>(i);
+            doc.AddField(MakeDocumentField(data.GetVariable(i), categories[at],
+                                           result.fDisplayDecimals[at]));
         }
         DocumentField closing;
         closing.fName = "$CaseNumber";

@@ -29,6 +29,14 @@ struct SplitDocument {
     std::string fDocument;            // the result document
 };
 
+struct EngineResult {
+    std::vector<SplitDocument> fDocuments; // one per split, in split order
+    // The decimals of each variable's display format for these tests'
+    // output (AnalysisPlan::DisplayDecimals); the documents' dictionaries
+    // carry them too.
+    std::vector<int> fDisplayDecimals;
+};
+
 // Plans the tests the command asks for and computes them on every split:
 // one split per combination of the split variables' values, in ascending
 // order of the values (cases with a missing split value belong to no split).
@@ -36,7 +44,7 @@ struct SplitDocument {
 // variable, an option that does not fit its field, a string split variable)
 // or a split variable is unknown; the message names the option or variable.
 bool RunEngine(const Dataset& data, const CommandSpec& command, const EngineOptions& options,
-               std::vector<SplitDocument>& documents, std::string& error);
+               EngineResult& result, std::string& error);
 
 // The split variables' indices in `data`; false with `error` set when one is
 // not there or is not numeric.

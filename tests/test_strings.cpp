@@ -118,8 +118,8 @@ TEST(FacMessageTranslator, FillsNumberedPlaces) {
     const FacSTDictionary dictionary = RealTable();
     EXPECT_EQ(FacMessageTranslator::Format(&dictionary, "Lill ^1 samples ^ 2 seed ...",
                                            {"10000", "2000000"}),
-              "Lilliefors-corrected significance, a Monte Carlo estimate from 10000 samples with "
-              "starting seed 2000000.");
+              "Monte Carlo significance by Lilliefors' method (the parameters estimated anew in "
+              "every sample), from 10000 samples with starting seed 2000000.");
 }
 
 TEST(PathFactory, NamesTheFoldersOfEachKind) {

@@ -19,6 +19,14 @@ constexpr int kCannotCompute =
     220001; // "The test cannot be computed for the values of this field."
 // "The test compares two groups; the number of groups with cases of this field is ^1."
 constexpr int kNotTwoGroups = 220009;
+// "The sample is too small for a confidence interval at this level; ..."
+constexpr int kIntervalNotReached = 220010;
+// "The control group has fewer than two cases; ..."
+constexpr int kControlTooSmall = 220011;
+// "Fewer than two cases of the control group remain after trimming; ..."
+constexpr int kTrimmedTooSmall = 220012;
+// "The test orders the values; a nominal field has no order, ..."
+constexpr int kNominal = 220014;
 
 // A test field split by the grouping field.
 struct FieldCases {
@@ -202,11 +210,11 @@ void WriteBoxPlots(Algorithm& algorithm, int groupField, const FieldCases& cases
 
 // A test that cannot be computed keeps its record with the reason's message.
 void WriteCannotCompute(Document& doc, std::string_view name, std::string_view conditionKey,
-                        int field, int groupField) {
+                        int field, int groupField, int code = kCannotCompute) {
     Algorithm algorithm =
         doc.AddAlgorithm(name, Classification::kIndependent, Decision::kUnableToCompute);
     algorithm.Condition(conditionKey, {Param(field), Param(groupField)});
-    const Message message{kCannotCompute, MessageType::kError, {Param(field)}, ""};
+    const Message message{code, MessageType::kError, {Param(field)}, ""};
     algorithm.Messages(std::span<const Message>(&message, 1));
 }
 
@@ -344,11 +352,14 @@ void MosesRecord(Document& doc, const FieldCases& cases, int field, int groupFie
     // The control group is the first category with cases.
     const MosesResult r = Moses(cases.View(), 0, trim);
     if (!r.fComputed) {
-        WriteCannotCompute(doc, "IMoses", Key("Moses"), field, groupField);
+        const int code = r.fControlCases == 0  ? kCannotCompute
+                         : r.fControlCases < 2 ? kControlTooSmall
+                                               : kTrimmedTooSmall;
+        WriteCannotCompute(doc, "IMoses", Key("Moses"), field, groupField, code);
         return;
     }
-    const double sig = std::isnan(r.fTrimmedSig) ? r.fObservedSig : r.fTrimmedSig;
-    Algorithm a = doc.AddAlgorithm("IMoses", Classification::kIndependent, Decide(sig, alpha));
+    Algorithm a =
+        doc.AddAlgorithm("IMoses", Classification::kIndependent, Decide(r.fTrimmedSig, alpha));
     a.Condition(Key("Moses"), {Param(field), Param(groupField)});
     a.Statistics()
         .Value("TotalN", static_cast<double>(r.fN1 + r.fN2))
@@ -371,6 +382,10 @@ void HodgesLehmannRecord(Document& doc, const FieldCases& cases, int field, int 
         const Message message{kCannotCompute, MessageType::kError, {Param(field)}, ""};
         a.Messages(std::span<const Message>(&message, 1));
         return;
+    }
+    if (!r.fHasInterval) {
+        const Message message{kIntervalNotReached, MessageType::kWarning, {}, ""};
+        a.Messages(std::span<const Message>(&message, 1));
     }
     a.Statistics()
         .Value("Estimate", r.fEstimate)
@@ -503,7 +518,7 @@ void WriteIndependentTests(const SplitData& data, const IndependentPlan& plan,
         const bool nominal = data.GetVariable(field).fLevel == MeasureLevel::kNominal;
         const auto run = [&](std::string_view name, std::string_view test, auto&& write) {
             if (nominal) {
-                WriteCannotCompute(doc, name, Key(test), field, groupField);
+                WriteCannotCompute(doc, name, Key(test), field, groupField, kNominal);
             } else {
                 write();
             }
@@ -557,7 +572,8 @@ void WriteIndependentTests(const SplitData& data, const IndependentPlan& plan,
         if (plan.fHodgesLehmann) {
             if (nominal) {
                 WriteCannotCompute(doc, "IHodgesLehmannEstimateGroups",
-                                   "AllDistinctValuesUsed_I_HodgesLehman_2", field, groupField);
+                                   "AllDistinctValuesUsed_I_HodgesLehman_2", field, groupField,
+                                   kNominal);
             } else if (notTwo) {
                 WriteNotTwoGroups(doc, "IHodgesLehmannEstimateGroups",
                                   "AllDistinctValuesUsed_I_HodgesLehman_2", field, groupField,

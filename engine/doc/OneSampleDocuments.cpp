@@ -161,10 +161,15 @@ void OneSampleWriter::ChiSquare(int field, const ChiSquareOptions& options) {
     std::vector<double> categories;
     std::vector<double> frequencies = options.fFrequencies;
     std::vector<CommandValue> written;
-    if (!options.fCategories.empty()) {
+    const auto implied = options.fFieldCategories.find(field);
+    const std::vector<CommandValue>& listed =
+        options.fCategories.empty() && implied != options.fFieldCategories.end()
+            ? implied->second
+            : options.fCategories;
+    if (!listed.empty()) {
         frequencies.clear();
-        for (std::size_t i = 0; i < options.fCategories.size(); ++i) {
-            const CommandValue& value = options.fCategories[i];
+        for (std::size_t i = 0; i < listed.size(); ++i) {
+            const CommandValue& value = listed[i];
             if (value.fIsText == fData.GetVariable(field).IsString()) {
                 written.push_back(value);
                 categories.push_back(ValueOf(fData, field, value));
@@ -173,10 +178,12 @@ void OneSampleWriter::ChiSquare(int field, const ChiSquareOptions& options) {
             }
         }
     }
-    // A text that is no category stands for a value no case has.
+    // A text that is no category stands for a value no case has: a string
+    // field's cases hold category positions, 0 and up, so each such text
+    // gets a negative value of its own.
     for (std::size_t i = 0; i < categories.size(); ++i) {
         if (std::isnan(categories[i])) {
-            categories[i] = -1.0e300 - static_cast<double>(i);
+            categories[i] = -1.0 - static_cast<double>(i);
         }
     }
     const OneSampleChiSquareResult result = ChiSquareGoodnessOfFit(values, categories, frequencies);
@@ -536,11 +543,7 @@ void OneSampleWriter::KolmogorovOne(int field, KsDistribution distribution,
                                            {"Positive", Num(result.fPositive)},
                                            {"Negative", Num(result.fNegative)}});
     stats.Value("TestStatistic", Num(result.fAbsolute));
-    if (normalLilliefors && result.fLillieforsIsLowerBound) {
-        stats.LowerBound("AsymptoticSig2Tailed", 0.2);
-    } else {
-        stats.Value("AsymptoticSig2Tailed", Num(sig));
-    }
+    stats.Value("AsymptoticSig2Tailed", Num(sig));
 
     if (!haveCompanion) {
         return;

@@ -16,8 +16,18 @@
 
 namespace {
 
-// The message of a test that could not be computed.
+// The message of a test that could not be computed, and the reasons that
+// have a message of their own.
 constexpr int kCannotCompute = 220001;
+constexpr int kTooFewCases = 220002;
+constexpr int kOneCategory = 220003;
+constexpr int kNoVariance = 220004;
+// "The test orders the values; a nominal field has no order, ..."
+constexpr int kNominal = 220014;
+// "The fields agree on every case; the test cannot be computed."
+constexpr int kFieldsAgree = 220016;
+// "The sample is too small for a confidence interval at this level; ..."
+constexpr int kIntervalNotReached = 220010;
 
 // The complete cases of `fields` as one column per field.
 struct Columns {
@@ -74,10 +84,37 @@ bool AnyContinuous(const SplitData& data, std::span<const int> fields) {
     });
 }
 
-// Marks an Algorithm as not computable, with the message that says so.
-void CannotCompute(Algorithm& algorithm) {
+// Why a test of `fields` with the outcome `outcome` cannot be computed: the
+// code of its message, 0 when it can. A test that orders the values (`ordered`)
+// cannot be computed on a nominal field, whose codes have no order.
+int Blocking(const SplitData& data, std::span<const int> fields, bool ordered,
+             RelatedOutcome outcome) {
+    if (fields.size() == 2 && fields[0] == fields[1]) {
+        return kCannotCompute;
+    }
+    if (ordered && AnyNominal(data, fields)) {
+        return kNominal;
+    }
+    switch (outcome) {
+    case RelatedOutcome::kComputed:
+        return 0;
+    case RelatedOutcome::kTooFewCases:
+        return kTooFewCases;
+    case RelatedOutcome::kAllDifferencesZero:
+        return kFieldsAgree;
+    case RelatedOutcome::kOneCategory:
+        return kOneCategory;
+    case RelatedOutcome::kNoVariance:
+        return kNoVariance;
+    default:
+        return kCannotCompute;
+    }
+}
+
+// Marks an Algorithm as not computable, with the message `code`.
+void CannotCompute(Algorithm& algorithm, int code) {
     algorithm.SetDecision(Decision::kUnableToCompute);
-    const Message message{kCannotCompute, MessageType::kError, {}, {}};
+    const Message message{code, MessageType::kError, {}, {}};
     algorithm.Messages(std::span<const Message>(&message, 1));
 }
 
@@ -166,12 +203,13 @@ void WritePairedRankTest(const SplitData& data, int a, int b, const Criteria& cr
     const std::vector<int> ordinal = OrdinalFields(data, pair);
     algorithm.Condition(conditionKey, {FieldParam(data, a), FieldParam(data, b)}, std::nullopt,
                         ordinal);
-    if (a == b || !result.Computed()) {
-        CannotCompute(algorithm);
+    const int blocking = Blocking(data, pair, true, result.fOutcome);
+    if (blocking != 0) {
+        CannotCompute(algorithm, blocking);
     }
     StatisticsResult stats = algorithm.Statistics();
     stats.Value("TotalN", static_cast<double>(result.fTotalN));
-    if (a != b && result.Computed()) {
+    if (blocking == 0) {
         stats.Value("TestStatistic", result.fStatistic)
             .Value("StandardError", result.fStandardError)
             .Value("StandardizedTestStatistic", result.fStandardized)
@@ -208,7 +246,13 @@ void WriteHodgesLehmann(const SplitData& data, int a, int b, const Criteria& cri
     Algorithm algorithm =
         doc.AddAlgorithm("RHodgesLehmannEstimatePairs", Classification::kRelated, Decision::kNone);
     algorithm.Condition("R_HodgesLehman_2", {FieldParam(data, a), FieldParam(data, b)});
-    const bool computed = a != b && result.Computed();
+    const int blocking = Blocking(data, pair, true, result.fOutcome);
+    const bool computed = blocking == 0;
+    if (blocking != 0 || !result.fIntervalReachable) {
+        const Message message{computed ? kIntervalNotReached : blocking, MessageType::kWarning,
+                              {}, {}};
+        algorithm.Messages(std::span<const Message>(&message, 1));
+    }
     algorithm.Statistics()
         .Value("Estimate", computed ? result.fEstimate : kSysMis)
         .Group("Asymptotic", {{"LowerBound", computed ? result.fLower : kSysMis},
@@ -252,12 +296,13 @@ void WriteMcNemar(const SplitData& data, int a, int b, const McNemarOptions& opt
     algorithm.Condition(options.fSuccess.fFirst ? "AllDistinctValuesUsed_R_McNemar_2"
                                                 : "CategoryListsAreSpecified_R_McNemar_2",
                         {FieldParam(data, a), FieldParam(data, b)});
-    if (a == b || !result.Computed()) {
-        CannotCompute(algorithm);
+    const int blocking = Blocking(data, pair, false, result.fOutcome);
+    if (blocking != 0) {
+        CannotCompute(algorithm, blocking);
     }
     StatisticsResult stats = algorithm.Statistics();
     stats.Value("TotalN", static_cast<double>(result.fTotalN));
-    if (a != b && result.Computed()) {
+    if (blocking == 0) {
         stats.Value("TestStatistic", result.fStatistic)
             .Value("DegreeOfFreedom", result.fDegreesOfFreedom)
             .Value("AsymptoticSig2Tailed", result.fAsymptoticSig);
@@ -294,12 +339,13 @@ void WriteMarginalHomogeneity(const SplitData& data, int a, int b, const Criteri
                                            Decide(result.fAsymptoticSig, criteria.fAlpha));
     algorithm.Condition("AllDistinctValuesUsed_R_MarginalHomogeneity_2",
                         {FieldParam(data, a), FieldParam(data, b)});
-    if (a == b || !result.Computed()) {
-        CannotCompute(algorithm);
+    const int blocking = Blocking(data, pair, true, result.fOutcome);
+    if (blocking != 0) {
+        CannotCompute(algorithm, blocking);
     }
     StatisticsResult stats = algorithm.Statistics();
     stats.Value("TotalN", static_cast<double>(result.fTotalN));
-    if (a != b && result.Computed()) {
+    if (blocking == 0) {
         stats.Value("TestStatistic", result.fStatistic)
             .Value("StandardError", result.fStandardError)
             .Value("StandardizedTestStatistic", result.fStandardized)
@@ -376,12 +422,13 @@ void WriteCochran(const SplitData& data, std::span<const int> fields, const Coch
     algorithm.Condition(options.fSuccess.fFirst ? "DefaultAllDistinctValuesUsed_R_CochransQ_1"
                                                 : "CategoryListsAreSpecified_R_CochransQ_1",
                         {FieldListParam(data, fields)});
-    if (!result.Computed()) {
-        CannotCompute(algorithm);
+    const int blocking = Blocking(data, fields, false, result.fOutcome);
+    if (blocking != 0) {
+        CannotCompute(algorithm, blocking);
     }
     StatisticsResult stats = algorithm.Statistics();
     stats.Value("TotalN", static_cast<double>(result.fTotalN));
-    if (result.Computed()) {
+    if (blocking == 0) {
         stats.Value("TestStatistic", result.fStatistic)
             .Value("DegreeOfFreedom", result.fDegreesOfFreedom)
             .Value("AsymptoticSig2Tailed", result.fAsymptoticSig);
@@ -400,7 +447,7 @@ void WriteCochran(const SplitData& data, std::span<const int> fields, const Coch
         content.Row({n > 0 ? 100.0 * successes / n : kSysMis,
                      n > 0 ? 100.0 * (n - successes) / n : kSysMis});
     }
-    if (result.Computed()) {
+    if (blocking == 0) {
         const RelatedStepwise stepwise =
             options.fCompare == Compare::kStepwise
                 ? CochranStepwise(columns.Spans(), success, result, criteria.fAlpha)
@@ -421,12 +468,13 @@ void WriteFriedman(const SplitData& data, std::span<const int> fields,
     const std::vector<int> ordinal = OrdinalFields(data, fields);
     algorithm.Condition(kendall ? "R_KendallsCoefficient_1" : "R_FriedmansTwoWayByRanks_1",
                         {FieldListParam(data, fields)}, std::nullopt, ordinal);
-    if (!result.Computed()) {
-        CannotCompute(algorithm);
+    const int blocking = Blocking(data, fields, true, result.fOutcome);
+    if (blocking != 0) {
+        CannotCompute(algorithm, blocking);
     }
     StatisticsResult stats = algorithm.Statistics();
     stats.Value("TotalN", static_cast<double>(result.fTotalN));
-    if (result.Computed()) {
+    if (blocking == 0) {
         if (kendall) {
             stats.Value("KendallsW", result.fKendallW);
         }
@@ -443,7 +491,7 @@ void WriteFriedman(const SplitData& data, std::span<const int> fields,
             counts.Row({count.fRank, count.fCount});
         }
     }
-    if (result.Computed()) {
+    if (blocking == 0) {
         const RelatedStepwise stepwise =
             options.fCompare == Compare::kStepwise
                 ? FriedmanStepwise(columns.Spans(), result, criteria.fAlpha)

@@ -128,16 +128,6 @@ SimpleTable StructuredTable::Simple(std::string_view name, std::span<const std::
     return SimpleTable(node);
 }
 
-StatisticsResult& StatisticsResult::LowerBound(std::string_view name, double value, int decimals) {
-    char buffer[64];
-    auto [end, ec] =
-        std::to_chars(buffer, buffer + sizeof buffer, value, std::chars_format::fixed, decimals);
-    std::string text = ">";
-    text.append(buffer, ec == std::errc() ? end : buffer);
-    Attribute(name, ec == std::errc() ? text : FormatNumber(value));
-    return *this;
-}
-
 StatisticsResult& StatisticsResult::Group(std::string_view name,
                                           std::initializer_list<NamedValue> values) {
     StructuredTable group = Table(name);
@@ -394,6 +384,9 @@ int Document::AddField(const DocumentField& field) {
     node.append_attribute("displayName").set_value(field.fLabel.c_str());
     node.append_attribute("optype").set_value(OptypeWord(field.fLevel));
     node.append_attribute("dataType").set_value(DataTypeWord(field.fType));
+    if (field.fDecimals >= 0) {
+        node.append_attribute("decimals").set_value(field.fDecimals);
+    }
     for (std::size_t i = 0; i < field.fValues.size(); ++i) {
         pugi::xml_node value = node.append_child("Value");
         value.append_attribute("index").set_value(static_cast<unsigned long long>(i));

@@ -99,8 +99,8 @@ struct Message {
     std::string fGroup;
 };
 
-// The statistics of a test: top-level named values, values written as a
-// lower bound (">0.200") and named groups of values.
+// The statistics of a test: top-level named values and named groups of
+// values.
 class StatisticsResult final : public StructuredTable {
 public:
     explicit StatisticsResult(pugi::xml_node node) : StructuredTable(node) {}
@@ -109,9 +109,6 @@ public:
         Attribute(name, value);
         return *this;
     }
-    // A significance that is known only to exceed `value`, written ">value"
-    // with `decimals` places (">0.200").
-    StatisticsResult& LowerBound(std::string_view name, double value, int decimals = 3);
     StatisticsResult& Group(std::string_view name, std::initializer_list<NamedValue> values);
 };
 
@@ -221,6 +218,9 @@ struct DocumentField {
     StorageType fType = StorageType::kDouble;
     // The categories in order: the value as text and its label.
     std::vector<std::pair<std::string, std::string>> fValues;
+    // The decimals its numbers show with ("decimals", read by the host that
+    // renders the document without the data); none when negative.
+    int fDecimals = -1;
 };
 
 // The case counts of a document.

@@ -2,12 +2,14 @@
 #include "engine/plan/AnalysisPlan.h"
 
 #include <algorithm>
+#include <cmath>
 #include <random>
 #include <set>
 #include <utility>
 
 #include "engine/data/Dataset.h"
 #include "host/parser/ParsedCommand.h"
+#include "host/vexa/VEXA_DataSource.h"
 
 namespace {
 // A failure that names the option; thrown inside this file only and turned
@@ -84,7 +86,7 @@ private:
     void CheckValues(const std::vector<CommandValue>& values, const std::vector<int>& fields,
                      const std::string& where);
     void RequireOrdered(const std::vector<int>& fields, const std::string& where);
-    std::size_t CategoryCount(int field) const;
+    std::vector<CommandValue> FileCategories(int field) const;
 
     OneSamplePlan OneSample(const SubComObj& sub);
     IndependentPlan Independent(const SubComObj& sub);
@@ -92,6 +94,7 @@ private:
 
     const CommandSpec& fCommand;
     const Dataset& fData;
+    bool fIncludeUserMissing = false;
 };
 
 int Planner::Field(const std::string& name, const std::string& where) {
@@ -185,24 +188,37 @@ void Planner::RequireOrdered(const std::vector<int>& fields, const std::string& 
     }
 }
 
-std::size_t Planner::CategoryCount(int field) const {
+// The distinct valid values of a field over the whole file, ascending (texts
+// in byte order).
+std::vector<CommandValue> Planner::FileCategories(int field) const {
     const Column& column = fData.GetColumn(field);
+    const auto valid = [&](std::size_t row) {
+        return !fData.IsSysMissing(field, row) &&
+               (fIncludeUserMissing || !fData.IsUserMissing(field, row));
+    };
+    std::vector<CommandValue> categories;
     if (column.fVariable.IsString()) {
         std::set<std::string> seen;
-        for (const std::string& text : column.fTexts) {
-            if (!text.empty()) {
-                seen.insert(text);
+        for (std::size_t row = 0; row < column.fTexts.size(); ++row) {
+            if (valid(row)) {
+                seen.insert(column.fTexts[row]);
             }
         }
-        return seen.size();
+        for (const std::string& text : seen) {
+            categories.push_back({true, 0, text});
+        }
+        return categories;
     }
     std::set<double> seen;
-    for (double value : column.fNumbers) {
-        if (value != kSysMis) {
-            seen.insert(value);
+    for (std::size_t row = 0; row < column.fNumbers.size(); ++row) {
+        if (valid(row)) {
+            seen.insert(column.fNumbers[row]);
         }
     }
-    return seen.size();
+    for (double value : seen) {
+        categories.push_back({false, value, {}});
+    }
+    return categories;
 }
 
 OneSamplePlan Planner::OneSample(const SubComObj& sub) {
@@ -241,8 +257,12 @@ OneSamplePlan Planner::OneSample(const SubComObj& sub) {
                          " categories; give one frequency per category");
                 }
             } else {
+                // The same categories in every split, so that a split
+                // without cases of one still tests it.
                 for (int field : plan.fFields) {
-                    const std::size_t count = CategoryCount(field);
+                    std::vector<CommandValue>& categories = options.fFieldCategories[field];
+                    categories = FileCategories(field);
+                    const std::size_t count = categories.size();
                     if (count != options.fFrequencies.size()) {
                         Fail("CHISQUARE FREQUENCIES gives " +
                              std::to_string(options.fFrequencies.size()) + " frequencies, but " +
@@ -509,6 +529,7 @@ AnalysisPlan Planner::Make() {
             plan.fMissing.fIncludeUserMissing = user->getText() == "INCLUDE";
         }
     }
+    fIncludeUserMissing = plan.fMissing.fIncludeUserMissing;
     if (const SubComObj* sub = fCommand.getSubComObj("ONESAMPLE")) {
         plan.fOneSample = OneSample(*sub);
     }
@@ -540,6 +561,95 @@ std::vector<int> AnalysisPlan::Fields() const {
     std::sort(fields.begin(), fields.end());
     fields.erase(std::unique(fields.begin(), fields.end()), fields.end());
     return fields;
+}
+
+namespace {
+constexpr int kMostDisplayDecimals = 15;
+
+// The fewest decimals that show `value` as the number it is (at most 15).
+int ExactDecimals(double value) {
+    double scale = 1;
+    for (int k = 0; k < kMostDisplayDecimals; ++k, scale *= 10) {
+        if (!std::isfinite(value) || std::nearbyint(value * scale) / scale == value) {
+            return k;
+        }
+    }
+    return kMostDisplayDecimals;
+}
+} // namespace
+
+int DataDecimals(std::span<const double> values) {
+    int decimals = 0;
+    double scale = 1;
+    for (double value : values) {
+        while (decimals < kMostDisplayDecimals && value != kSysMis && std::isfinite(value) &&
+               std::nearbyint(value * scale) / scale != value) {
+            ++decimals;
+            scale *= 10;
+        }
+    }
+    return decimals;
+}
+
+std::vector<int> AnalysisPlan::DisplayDecimals(const Dataset& data) const {
+    std::vector<int> decimals(static_cast<std::size_t>(data.VariableCount()));
+    for (int i = 0; i < data.VariableCount(); ++i) {
+        decimals[static_cast<std::size_t>(i)] = data.GetVariable(i).fFormatDecimals;
+    }
+    if (!fOneSample) {
+        return decimals;
+    }
+    const OneSamplePlan& plan = *fOneSample;
+    for (int field : plan.fFields) {
+        const Variable& variable = data.GetVariable(field);
+        if (variable.IsString() || variable.fType == StorageType::kDate ||
+            VEXA_Format::IsDateTime(variable.fFormatType)) {
+            continue;
+        }
+        int& shown = decimals[static_cast<std::size_t>(field)];
+        const int estimate =
+            std::min(kMostDisplayDecimals, DataDecimals(data.GetColumn(field).fNumbers) + 1);
+        const auto need = [&](int places) {
+            shown = std::max(shown, std::min(places, kMostDisplayDecimals));
+        };
+        const auto cut = [&](const CutPoint& cut) {
+            need(cut.fKind == CutPoint::kValue ? ExactDecimals(cut.fValue) : estimate);
+        };
+        const bool continuous = !variable.IsCategorical();
+        if (plan.fWilcoxon) {
+            need(ExactDecimals(plan.fWilcoxon->fTestValue));
+        }
+        if (plan.fBinomial && continuous) {
+            cut(plan.fBinomial->fCut);
+        }
+        if (plan.fRuns && continuous) {
+            cut(plan.fRuns->fCut);
+        }
+        if (plan.fChooseTests && continuous) {
+            need(estimate); // the normal distribution, estimated
+        }
+        if (plan.fKolmogorovSmirnov) {
+            const KolmogorovSmirnovOptions& ks = *plan.fKolmogorovSmirnov;
+            for (const KSDistribution* d :
+                 {&ks.fNormal, &ks.fUniform, &ks.fExponential, &ks.fPoisson}) {
+                if (!d->fRequested) {
+                    continue;
+                }
+                if (d->fParameters != KSDistribution::kGiven) {
+                    // The uniform's minimum and maximum are values of the data.
+                    need(d == &ks.fUniform ? estimate - 1 : estimate);
+                    continue;
+                }
+                need(ExactDecimals(d->fParam1));
+                if (d == &ks.fNormal) {
+                    need(ExactDecimals(d->fParam2) - 1);
+                } else if (d == &ks.fUniform) {
+                    need(ExactDecimals(d->fParam2));
+                }
+            }
+        }
+    }
+    return decimals;
 }
 
 std::optional<AnalysisPlan> MakeAnalysisPlan(const CommandSpec& command, const Dataset& data,

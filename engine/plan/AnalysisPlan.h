@@ -6,7 +6,9 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -44,6 +46,9 @@ struct ChiSquareOptions {
     // category of the field in ascending order when no categories are listed).
     std::vector<double> fFrequencies;
     std::vector<CommandValue> fCategories;
+    // CUSTOM without categories listed: each field's categories, its distinct
+    // valid values in the whole file, ascending (by field index).
+    std::map<int, std::vector<CommandValue>> fFieldCategories;
 };
 
 struct BinomialOptions {
@@ -191,7 +196,19 @@ struct AnalysisPlan {
 
     // Every field any test reads, ascending, once each.
     std::vector<int> Fields() const;
+    // The decimals of each variable's display format in the output: its own,
+    // or more where a one-sample test names a parameter in the field's units.
+    // A given test value, cut point or parameter shows as written (up to 15
+    // decimals; a standard deviation, which shows one decimal beyond its
+    // field, one fewer); an estimate (a mean, a midpoint, a median) shows one
+    // decimal beyond the data's own (DataDecimals), so its standard deviation
+    // shows two. Dates and strings keep theirs.
+    std::vector<int> DisplayDecimals(const Dataset& data) const;
 };
+
+// The most decimals that a value of `values` has as the shortest decimal
+// that reads back to it (0 for whole numbers), at most 15.
+int DataDecimals(std::span<const double> values);
 
 // Builds the plan from a parsed NPTESTS command; `data` resolves the
 // names. On an option that does not fit (a cut point for a nominal field, a

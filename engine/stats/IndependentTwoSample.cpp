@@ -13,6 +13,8 @@
 #include <boost/math/distributions/normal.hpp>
 #include <boost/math/special_functions/gamma.hpp>
 
+#include "engine/stats/Differences.h"
+
 namespace {
 
 TwoSamples TwoGroups(const GroupedValues& data) {
@@ -337,6 +339,7 @@ MosesResult Moses(const GroupedValues& data, std::size_t control, const MosesTri
     std::sort(controlRanks.begin(), controlRanks.end());
     const std::size_t m = controlRanks.size();
     const std::size_t n = data.fValues.size() - m;
+    result.fControlCases = m;
     if (m < 2) {
         result.fComputed = false;
         result.fReason = "The control group needs at least two cases.";
@@ -350,7 +353,8 @@ MosesResult Moses(const GroupedValues& data, std::size_t control, const MosesTri
             : trim.fCount;
     result.fTrimmed = h;
     if (m < 2 * h + 2) {
-        result.fTrimmedReason = "Too few control cases remain after trimming.";
+        result.fComputed = false;
+        result.fReason = "Fewer than two control cases remain after trimming.";
         return result;
     }
     result.fTrimmedSpan = controlRanks[m - 1 - h] - controlRanks[h] + 1;
@@ -416,15 +420,23 @@ HodgesLehmannResult HodgesLehmann(const GroupedValues& data, double level) {
     if (!result.fComputed) {
         return result;
     }
-    const std::vector<double> x = SortedValuesOf(data, result.fFirst);
-    const std::vector<double> y = SortedValuesOf(data, result.fSecond);
+    // The differences are taken between the values' keys on the data's
+    // decimal grid, so that equal decimal differences are equal.
+    std::vector<double> x = SortedValuesOf(data, result.fFirst);
+    std::vector<double> y = SortedValuesOf(data, result.fSecond);
+    const DecimalGrid grid = DecimalGrid::Of({x, y});
+    for (std::vector<double>* values : {&x, &y}) {
+        for (double& value : *values) {
+            value = grid.Key(value);
+        }
+    }
     const std::size_t pairs = x.size() * y.size();
     if (pairs % 2 == 1) {
-        result.fEstimate = KthSmallestDifference(x, y, (pairs + 1) / 2);
+        result.fEstimate = grid.Value(KthSmallestDifference(x, y, (pairs + 1) / 2));
     } else {
-        result.fEstimate =
+        result.fEstimate = grid.Value(
             (KthSmallestDifference(x, y, pairs / 2) + KthSmallestDifference(x, y, pairs / 2 + 1)) /
-            2;
+            2);
     }
     if (!(level > 0 && level < 1)) {
         result.fIntervalReason = "The confidence level must lie between 0 and 100 percent.";
@@ -440,7 +452,7 @@ HodgesLehmannResult HodgesLehmann(const GroupedValues& data, double level) {
     }
     const auto rank = static_cast<std::size_t>(c);
     result.fHasInterval = true;
-    result.fLower = KthSmallestDifference(x, y, rank);
-    result.fUpper = KthSmallestDifference(x, y, pairs - rank + 1);
+    result.fLower = grid.Value(KthSmallestDifference(x, y, rank));
+    result.fUpper = grid.Value(KthSmallestDifference(x, y, pairs - rank + 1));
     return result;
 }

@@ -73,16 +73,18 @@ struct MosesTrim {
 struct MosesResult : TwoSamples {
     std::size_t fControl = 0;        // category position of the control group
     std::size_t fExperimental = 0;   // category position of the experimental group
+    std::size_t fControlCases = 0;   // cases of the control group
     std::size_t fTrimmed = 0;        // control cases trimmed from each end
     double fObservedSpan = kNoValue; // highest less lowest control rank, plus one
     double fObservedSig = kNoValue;  // one-sided exact, P(span <= observed)
     double fTrimmedSpan = kNoValue;
     double fTrimmedSig = kNoValue;
-    std::string fTrimmedReason; // why the trimmed span is missing, when it is
 };
 
 // Moses' test with the control group at category position `control` (the
-// first group with cases when it is not one of the two).
+// first group with cases when it is not one of the two). Not computed when
+// the control group has fewer than two cases, or fewer than two remain
+// after trimming.
 MosesResult Moses(const GroupedValues& data, std::size_t control, const MosesTrim& trim);
 
 // P(S <= span) for the span S of m control cases among m + n after trimming

@@ -211,7 +211,6 @@ OneSampleKsResult OneSampleKolmogorovSmirnov(std::span<const double> values,
             result.fReason = OneSampleReason::kTooFewCases;
         } else {
             result.fLillieforsSig = LillieforsNormalSig(result.fAbsolute, values.size());
-            result.fLillieforsIsLowerBound = result.fLillieforsSig > 0.2;
         }
     }
     return result;

@@ -45,12 +45,9 @@ struct OneSampleKsResult {
     // it is conservative (too large); see the Lilliefors and Monte Carlo significances.
     double fAsymptoticSig2Tailed = kNotApplicable;
     // Normal test with estimated parameters and N >= kLillieforsMinCases: the Lilliefors
-    // significance by the Dallal-Wilkinson approximation (with Stephens' polynomials above
-    // 0.1); NaN otherwise.
+    // significance by the Dallal-Wilkinson approximation, with Stephens' polynomials above
+    // 0.1 (as R's nortest::lillie.test); NaN otherwise.
     double fLillieforsSig = kNotApplicable;
-    // fLillieforsSig is above 0.2, where the approximation is only known to exceed 0.2: the
-    // document writes the significance as the lower bound ">0.2".
-    bool fLillieforsIsLowerBound = false;
 
     bool Computed() const { return fReason == OneSampleReason::kComputed; }
 };

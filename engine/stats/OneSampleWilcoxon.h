@@ -6,9 +6,6 @@
 
 #include "engine/stats/OneSample.h"
 
-// Samples with up to this many non-zero differences get the exact significance.
-inline constexpr std::size_t kWilcoxonExactMaxCases = 50;
-
 struct OneSampleWilcoxonResult {
     OneSampleReason fReason = OneSampleReason::kComputed;
     std::size_t fTotalN = 0;   // every case, zero differences included
@@ -28,14 +25,16 @@ struct OneSampleWilcoxonResult {
     double fAsymptoticSig2Tailed = kNotApplicable; // two-sided normal tail
     // Exact two-sided significance of the statistic given its mid-ranks (ties included): twice
     // the smaller tail of the permutation distribution over the 2^n sign assignments, at most 1.
-    // Computed, and the one to report, when 1 <= n <= kWilcoxonExactMaxCases; NaN otherwise.
+    // Computed, and the one to report, when 1 <= n <= kSignedRankExactMax (Differences.h); NaN
+    // otherwise.
     double fExactSig2Tailed = kNotApplicable;
 
     bool HasExact() const { return fExactSig2Tailed == fExactSig2Tailed; }
     bool Computed() const { return fReason == OneSampleReason::kComputed; }
 };
 
-// Outcomes: kNoCases (no values), kAllDifferencesZero (every value equals the median; the
-// counts and medians are still filled).
+// Differences are compared at the precision of the values and the median
+// (DecimalGrid). Outcomes: kNoCases (no values), kAllDifferencesZero (every value equals the
+// median; the counts and medians are still filled).
 OneSampleWilcoxonResult OneSampleWilcoxon(std::span<const double> values,
                                           double hypothesizedMedian);

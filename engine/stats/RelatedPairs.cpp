@@ -10,6 +10,8 @@
 #include <boost/math/distributions/binomial.hpp>
 #include <boost/math/distributions/normal.hpp>
 
+#include "engine/stats/Differences.h"
+
 namespace {
 
 // Two-sided significance of a standard normal statistic.
@@ -29,54 +31,14 @@ double BinomialTwoSidedHalf(std::size_t x, std::size_t m) {
     return std::min(1.0, 2.0 * boost::math::cdf(distribution, static_cast<double>(smaller)));
 }
 
-// Exact two-sided significance of the signed-rank statistic 2T+ =
-// `doubledStatistic` when the absolute differences carry the doubled
-// mid-ranks `doubledRanks` (integers): every sign pattern is equally likely.
-double SignedRankExact(const std::vector<std::int64_t>& doubledRanks,
-                       std::int64_t doubledStatistic) {
-    std::int64_t total = 0;
-    for (std::int64_t r : doubledRanks) {
-        total += r;
-    }
-    // counts[s]: sign patterns whose positive ranks sum to s (doubled). With
-    // fewer than 50 ranks the counts stay below 2^53 and are exact.
-    std::vector<double> counts(static_cast<std::size_t>(total) + 1, 0.0);
-    counts[0] = 1.0;
-    std::int64_t reach = 0;
-    for (std::int64_t r : doubledRanks) {
-        for (std::int64_t s = reach; s >= 0; --s) {
-            counts[static_cast<std::size_t>(s + r)] += counts[static_cast<std::size_t>(s)];
-        }
-        reach += r;
-    }
-    const double patterns = std::ldexp(1.0, static_cast<int>(doubledRanks.size()));
-    double lower = 0;
-    double upper = 0;
-    for (std::int64_t s = 0; s <= total; ++s) {
-        const double c = counts[static_cast<std::size_t>(s)];
-        if (s <= doubledStatistic) {
-            lower += c;
-        }
-        if (s >= doubledStatistic) {
-            upper += c;
-        }
-    }
-    lower /= patterns;
-    upper /= patterns;
-    return std::min(1.0, 2.0 * (2.0 * lower <= 1.0 ? lower : upper));
-}
-
 } // namespace
 
 std::vector<double> PairedDifferences(std::span<const double> first,
                                       std::span<const double> second) {
-    std::vector<double> differences;
-    if (first.size() != second.size()) {
-        return differences;
-    }
-    differences.resize(first.size());
-    for (std::size_t i = 0; i < first.size(); ++i) {
-        differences[i] = second[i] - first[i];
+    const DecimalGrid grid = DecimalGrid::Of({first, second});
+    std::vector<double> differences = GridDifferences(grid, first, second);
+    for (double& d : differences) {
+        d = grid.Value(d);
     }
     return differences;
 }
@@ -133,87 +95,22 @@ WilcoxonResult WilcoxonSignedRank(std::span<const double> first, std::span<const
     if (!ArePairedCases(first.size(), second.size(), result)) {
         return result;
     }
-    // The absolute values of the positive and of the negative differences,
-    // each sorted on its own: two plain sorts of doubles cost less than one
-    // sort of all by absolute value. Walking both at once meets the tied
-    // groups of |d| in rank order.
-    // Without branches on the sign, which is unpredictable: every difference
-    // is written to both buffers and kept by one. The buffers are left
-    // uninitialised; only the pages written are touched.
-    const std::size_t n = first.size();
-    const std::unique_ptr<double[]> positiveBuffer(new double[n + 1]);
-    const std::unique_ptr<double[]> negativeBuffer(new double[n + 1]);
-    std::size_t positiveCount = 0;
-    std::size_t negativeCount = 0;
-    for (std::size_t i = 0; i < n; ++i) {
-        const double d = second[i] - first[i];
-        positiveBuffer[positiveCount] = d;
-        negativeBuffer[negativeCount] = -d;
-        positiveCount += d > 0 ? 1 : 0;
-        negativeCount += d < 0 ? 1 : 0;
-    }
-    const std::span<double> positive(positiveBuffer.get(), positiveCount);
-    const std::span<double> negative(negativeBuffer.get(), negativeCount);
-    result.fCounts.fPositive = positiveCount;
-    result.fCounts.fNegative = negativeCount;
-    result.fCounts.fTies = n - positiveCount - negativeCount;
-    const std::size_t m = positiveCount + negativeCount;
-    if (m == 0) {
+    std::vector<double> differences =
+        GridDifferences(DecimalGrid::Of({first, second}), first, second);
+    const SignedRankSums sums = SignedRanks(differences);
+    result.fCounts = {sums.fNegative, sums.fZero, sums.fPositive};
+    if (sums.NonZero() == 0) {
         result.fOutcome = RelatedOutcome::kAllDifferencesZero;
         return result;
     }
-    std::sort(positive.begin(), positive.end());
-    std::sort(negative.begin(), negative.end());
-    const bool exact = m < kWilcoxonExactMax;
-    std::vector<std::int64_t> doubledRanks;
-    if (exact) {
-        doubledRanks.reserve(m);
-    }
-    double positiveRankSum = 0;
-    double tieSum = 0;
-    std::size_t p = 0;
-    std::size_t q = 0;
-    for (std::size_t begin = 0; begin < m;) {
-        const double size = q == negative.size()                                ? positive[p]
-                            : p == positive.size() || negative[q] < positive[p] ? negative[q]
-                                                                                : positive[p];
-        std::size_t positives = 0;
-        while (p < positive.size() && positive[p] == size) {
-            ++p;
-            ++positives;
-        }
-        std::size_t negatives = 0;
-        while (q < negative.size() && negative[q] == size) {
-            ++q;
-            ++negatives;
-        }
-        const std::size_t end = begin + positives + negatives;
-        // The group shares the mean of ranks begin+1..end.
-        const std::size_t doubled = begin + 1 + end;
-        positiveRankSum += 0.5 * static_cast<double>(doubled) * static_cast<double>(positives);
-        const double t = static_cast<double>(end - begin);
-        tieSum += t * t * t - t;
-        if (exact) {
-            doubledRanks.insert(doubledRanks.end(), end - begin,
-                                static_cast<std::int64_t>(doubled));
-        }
-        begin = end;
-    }
-    const double md = static_cast<double>(m);
-    result.fStatistic = positiveRankSum;
-    result.fTieSum = tieSum;
-    result.fExpected = md * (md + 1) / 4.0;
-    const double variance = md * (md + 1) * (2 * md + 1) / 24.0 - tieSum / 48.0;
-    result.fStandardError = std::sqrt(variance);
-    if (variance > 0) {
-        result.fStandardized = (positiveRankSum - result.fExpected) / result.fStandardError;
-        result.fAsymptoticSig = NormalTwoSided(result.fStandardized);
-    }
-    if (exact) {
-        result.fHasExact = true;
-        result.fExactSig = SignedRankExact(
-            doubledRanks, static_cast<std::int64_t>(std::llround(2 * positiveRankSum)));
-    }
+    result.fStatistic = sums.fStatistic;
+    result.fTieSum = sums.fTieSum;
+    result.fExpected = sums.fMean;
+    result.fStandardError = sums.fStandardError;
+    result.fStandardized = sums.fStandardized;
+    result.fAsymptoticSig = sums.fAsymptoticSig;
+    result.fHasExact = sums.HasExact();
+    result.fExactSig = sums.fExactSig;
     return result;
 }
 
@@ -325,7 +222,9 @@ PairedHodgesLehmannResult HodgesLehmannPaired(std::span<const double> first,
         result.fOutcome = RelatedOutcome::kInvalidLevel;
         return result;
     }
-    std::vector<double> d = PairedDifferences(first, second);
+    // The Walsh averages of the keys are exact (whole numbers or halves).
+    const DecimalGrid grid = DecimalGrid::Of({first, second});
+    std::vector<double> d = GridDifferences(grid, first, second);
     if (!std::all_of(d.begin(), d.end(), [](double v) { return std::isfinite(v); })) {
         result.fOutcome = RelatedOutcome::kNotFinite;
         return result;
@@ -334,21 +233,25 @@ PairedHodgesLehmannResult HodgesLehmannPaired(std::span<const double> first,
     const std::size_t n = d.size();
     const std::size_t total = n * (n + 1) / 2;
     if (total % 2 == 1) {
-        result.fEstimate = SortedWalshOrderStatistic(d, (total + 1) / 2);
+        result.fEstimate = grid.Value(SortedWalshOrderStatistic(d, (total + 1) / 2));
     } else {
-        result.fEstimate = 0.5 * (SortedWalshOrderStatistic(d, total / 2) +
-                                  SortedWalshOrderStatistic(d, total / 2 + 1));
+        result.fEstimate = grid.Value(0.5 * (SortedWalshOrderStatistic(d, total / 2) +
+                                             SortedWalshOrderStatistic(d, total / 2 + 1)));
     }
     const double nd = static_cast<double>(n);
     const boost::math::normal standard;
     const double z = boost::math::quantile(standard, 0.5 * (1.0 + level));
     const double raw = nd * (nd + 1) / 4.0 - z * std::sqrt(nd * (nd + 1) * (2 * nd + 1) / 24.0);
     const double rounded = std::floor(raw + 0.5);
-    std::size_t c = rounded < 1 ? 1 : static_cast<std::size_t>(rounded);
-    c = std::min(c, (total + 1) / 2);
+    if (rounded < 1) {
+        // Even the extreme Walsh averages cover less than the level asks.
+        result.fIntervalReachable = false;
+        return result;
+    }
+    const std::size_t c = std::min(static_cast<std::size_t>(rounded), (total + 1) / 2);
     result.fRankOfBound = c;
-    result.fLower = SortedWalshOrderStatistic(d, c);
-    result.fUpper = SortedWalshOrderStatistic(d, total - c + 1);
+    result.fLower = grid.Value(SortedWalshOrderStatistic(d, c));
+    result.fUpper = grid.Value(SortedWalshOrderStatistic(d, total - c + 1));
     return result;
 }
 

@@ -20,7 +20,8 @@ struct DifferenceCounts {
     std::size_t fPositive = 0;
 };
 
-// The differences second[i] - first[i]; empty when the lengths differ.
+// The differences second[i] - first[i], at the precision of the data
+// (DecimalGrid); empty when the lengths differ.
 std::vector<double> PairedDifferences(std::span<const double> first,
                                       std::span<const double> second);
 DifferenceCounts CountDifferenceSigns(std::span<const double> differences);
@@ -44,14 +45,9 @@ struct SignTestResult {
 };
 SignTestResult SignTest(std::span<const double> first, std::span<const double> second);
 
-// Wilcoxon signed-rank test. Zero differences are dropped; the absolute
-// nonzero differences get mid-ranks. The asymptotic significance uses the
-// normal approximation with the tie correction and no continuity
-// correction. The exact two-sided significance (the permutation
-// distribution of the mid-rank sum, ties included) is computed when there
-// are fewer than kWilcoxonExactMax nonzero differences; doubling the
-// smaller tail, capped at 1.
-inline constexpr std::size_t kWilcoxonExactMax = 50;
+// Wilcoxon signed-rank test of the differences at the precision of the data
+// (SignedRanks and DecimalGrid in Differences.h): the exact significance up
+// to kSignedRankExactMax nonzero differences.
 struct WilcoxonResult {
     RelatedOutcome fOutcome = RelatedOutcome::kComputed;
     std::size_t fTotalN = 0; // complete cases
@@ -73,7 +69,9 @@ WilcoxonResult WilcoxonSignedRank(std::span<const double> first, std::span<const
 // differences included). The confidence interval at `level` (0 < level < 1)
 // runs from the c-th smallest to the c-th largest Walsh average, with
 // c = round(n(n+1)/4 - z sqrt(n(n+1)(2n+1)/24)), z the normal quantile of
-// (1 + level)/2, and c at least 1. Walsh averages are never all stored: the
+// (1 + level)/2. When c rounds below 1 the level cannot be reached by the
+// sample and there are no bounds. Differences are taken at the precision of
+// the data. Walsh averages are never all stored: the
 // order statistics are selected in O(n log n) expected time.
 struct PairedHodgesLehmannResult {
     RelatedOutcome fOutcome = RelatedOutcome::kComputed;
@@ -82,7 +80,8 @@ struct PairedHodgesLehmannResult {
     double fLower = kRelatedNoValue;
     double fUpper = kRelatedNoValue;
     double fLevel = kRelatedNoValue;
-    std::size_t fRankOfBound = 0; // c above
+    std::size_t fRankOfBound = 0;   // c above
+    bool fIntervalReachable = true; // false: too few cases for an interval at the level
     bool Computed() const { return fOutcome == RelatedOutcome::kComputed; }
 };
 PairedHodgesLehmannResult HodgesLehmannPaired(std::span<const double> first,

@@ -8,16 +8,16 @@
 namespace {
 
 // V, its normal approximation's z and significance (correct = FALSE), the exact
-// significance (exactRankTests, NA above 50 non-zero differences) and the median. Tied groups
-// are counted over the ranks, by exact equality as wilcox.test does (a table of the values
-// themselves would merge values that agree to 15 digits).
+// significance (exactRankTests, NA above 50 non-zero differences) and the median. The
+// differences are taken at the data's precision (the data sets have at most 12 decimals), so
+// that differences equal in the data tie; tied groups are then counted over the ranks.
 const char* const kRWilcoxon = R"(
 suppressMessages(library(exactRankTests))
 w <- function(x, mu) {
-  d <- x - mu; d <- d[d != 0]; n <- length(d)
-  a <- suppressWarnings(wilcox.test(x, mu = mu, exact = FALSE, correct = FALSE))
+  d <- round(x - mu, 12); d <- d[d != 0]; n <- length(d)
+  a <- suppressWarnings(wilcox.test(d, exact = FALSE, correct = FALSE))
   t <- table(rank(abs(d))); s <- sqrt(n * (n + 1) * (2 * n + 1) / 24 - sum(t^3 - t) / 48)
-  e <- if (n <= 50) wilcox.exact(x, mu = mu, exact = TRUE)$p.value else NA
+  e <- if (n <= 50) wilcox.exact(d, exact = TRUE)$p.value else NA
   cat(a$statistic, (a$statistic - n * (n + 1) / 4) / s, a$p.value, e, median(x), '\n')
 }
 )";

@@ -56,9 +56,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (!command) {
         return 0;
     }
-    std::vector<SplitDocument> documents;
-    if (RunEngine(dataset, *command, EngineOptions{}, documents, error)) {
-        for (const SplitDocument& document : documents) {
+    EngineResult result;
+    if (RunEngine(dataset, *command, EngineOptions{}, result, error)) {
+        for (const SplitDocument& document : result.fDocuments) {
             pugi::xml_document parsed;
             if (!parsed.load_string(document.fDocument.c_str())) {
                 std::abort(); // the writer must always write well-formed XML
