@@ -3,6 +3,7 @@
 // every requested test is written from them, with its statistics, its group
 // tables or box plots, and its pairwise or stepwise comparisons.
 #include "engine/doc/Builders.h"
+#include "engine/doc/Messages.h"
 
 #include <algorithm>
 #include <cmath>
@@ -14,19 +15,6 @@
 #include "engine/stats/IndependentTwoSample.h"
 
 namespace {
-
-constexpr int kCannotCompute =
-    220001; // "The test cannot be computed for the values of this field."
-// "The test compares two groups; the number of groups with cases of this field is ^1."
-constexpr int kNotTwoGroups = 220009;
-// "The sample is too small for a confidence interval at this level; ..."
-constexpr int kIntervalNotReached = 220010;
-// "The control group has fewer than two cases; ..."
-constexpr int kControlTooSmall = 220011;
-// "Fewer than two cases of the control group remain after trimming; ..."
-constexpr int kTrimmedTooSmall = 220012;
-// "The test orders the values; a nominal field has no order, ..."
-constexpr int kNominal = 220014;
 
 // A test field split by the grouping field.
 struct FieldCases {
@@ -210,7 +198,7 @@ void WriteBoxPlots(Algorithm& algorithm, int groupField, const FieldCases& cases
 
 // A test that cannot be computed keeps its record with the reason's message.
 void WriteCannotCompute(Document& doc, std::string_view name, std::string_view conditionKey,
-                        int field, int groupField, int code = kCannotCompute) {
+                        int field, int groupField, int code) {
     Algorithm algorithm =
         doc.AddAlgorithm(name, Classification::kIndependent, Decision::kUnableToCompute);
     algorithm.Condition(conditionKey, {Param(field), Param(groupField)});
@@ -225,7 +213,7 @@ void WriteNotTwoGroups(Document& doc, std::string_view name, std::string_view co
     Algorithm algorithm =
         doc.AddAlgorithm(name, Classification::kIndependent, Decision::kUnableToCompute);
     algorithm.Condition(conditionKey, {Param(field), Param(groupField)});
-    const Message message{kNotTwoGroups, MessageType::kError, {Param(groups)}, ""};
+    const Message message{message::kNotTwoGroups, MessageType::kError, {Param(groups)}, ""};
     algorithm.Messages(std::span<const Message>(&message, 1));
 }
 
@@ -259,9 +247,9 @@ Comparisons MakeComparisons(Compare compare, const std::vector<std::size_t>& sam
         out.fRows.push_back({static_cast<double>(row.fFirst), static_cast<double>(row.fSecond),
                              row.fStatistic, row.fStdError, row.fStdStatistic, row.fSig,
                              row.fAdjustedSig});
-        if (row.fMessageCode != 0 && compare == Compare::kPairwise) {
+        if (row.fNoVariation && compare == Compare::kPairwise) {
             out.fMessages.push_back(
-                {row.fMessageCode,
+                {message::kNoVariationInPair,
                  MessageType::kWarning,
                  {},
                  std::to_string(row.fFirst) + ";" + std::to_string(row.fSecond)});
@@ -279,8 +267,9 @@ void WriteComparisons(Algorithm& algorithm, const Comparisons& comparisons,
 void MannWhitneyRecord(Document& doc, const FieldCases& cases, int field, int groupField,
                        double alpha) {
     const MannWhitneyResult r = MannWhitney(cases.View());
-    if (!r.fComputed) {
-        WriteCannotCompute(doc, "IMannWhitneyU", Key("MannWhitneyU"), field, groupField);
+    if (!r.Computed()) {
+        WriteCannotCompute(doc, "IMannWhitneyU", Key("MannWhitneyU"), field, groupField,
+                           MessageCode(r.fOutcome));
         return;
     }
     const double sig = r.fHasExact ? r.fExactSig : r.fAsymptoticSig;
@@ -304,8 +293,9 @@ void MannWhitneyRecord(Document& doc, const FieldCases& cases, int field, int gr
 void KolmogorovSmirnovRecord(Document& doc, const FieldCases& cases, int field, int groupField,
                              double alpha) {
     const KolmogorovSmirnovResult r = KolmogorovSmirnovTwoSample(cases.View());
-    if (!r.fComputed) {
-        WriteCannotCompute(doc, "IKolmogorovSmirnov", Key("KolmogorovSmirnov"), field, groupField);
+    if (!r.Computed()) {
+        WriteCannotCompute(doc, "IKolmogorovSmirnov", Key("KolmogorovSmirnov"), field, groupField,
+                           MessageCode(r.fOutcome));
         return;
     }
     Algorithm a = doc.AddAlgorithm("IKolmogorovSmirnov", Classification::kIndependent,
@@ -323,8 +313,9 @@ void KolmogorovSmirnovRecord(Document& doc, const FieldCases& cases, int field, 
 void WaldWolfowitzRecord(Document& doc, const FieldCases& cases, int field, int groupField,
                          double alpha) {
     const WaldWolfowitzResult r = WaldWolfowitz(cases.View());
-    if (!r.fComputed) {
-        WriteCannotCompute(doc, "IWaldWolfowitzRuns", Key("WaldWolfowitzRuns"), field, groupField);
+    if (!r.Computed()) {
+        WriteCannotCompute(doc, "IWaldWolfowitzRuns", Key("WaldWolfowitzRuns"), field, groupField,
+                           MessageCode(r.fOutcome));
         return;
     }
     // The most runs give the largest significance: reject only when even
@@ -351,11 +342,8 @@ void MosesRecord(Document& doc, const FieldCases& cases, int field, int groupFie
                          static_cast<std::size_t>(std::max(0, options.fTrim))};
     // The control group is the first category with cases.
     const MosesResult r = Moses(cases.View(), 0, trim);
-    if (!r.fComputed) {
-        const int code = r.fControlCases == 0  ? kCannotCompute
-                         : r.fControlCases < 2 ? kControlTooSmall
-                                               : kTrimmedTooSmall;
-        WriteCannotCompute(doc, "IMoses", Key("Moses"), field, groupField, code);
+    if (!r.Computed()) {
+        WriteCannotCompute(doc, "IMoses", Key("Moses"), field, groupField, MessageCode(r.fOutcome));
         return;
     }
     Algorithm a =
@@ -376,15 +364,15 @@ void HodgesLehmannRecord(Document& doc, const FieldCases& cases, int field, int 
                          double ciLevel) {
     const HodgesLehmannResult r = HodgesLehmann(cases.View(), ciLevel / 100);
     Algorithm a = doc.AddAlgorithm("IHodgesLehmannEstimateGroups", Classification::kIndependent,
-                                   r.fComputed ? Decision::kNone : Decision::kUnableToCompute);
+                                   r.Computed() ? Decision::kNone : Decision::kUnableToCompute);
     a.Condition("AllDistinctValuesUsed_I_HodgesLehman_2", {Param(field), Param(groupField)});
-    if (!r.fComputed) {
-        const Message message{kCannotCompute, MessageType::kError, {Param(field)}, ""};
+    if (!r.Computed()) {
+        const Message message{MessageCode(r.fOutcome), MessageType::kError, {Param(field)}, ""};
         a.Messages(std::span<const Message>(&message, 1));
         return;
     }
     if (!r.fHasInterval) {
-        const Message message{kIntervalNotReached, MessageType::kWarning, {}, ""};
+        const Message message{message::kIntervalNotReached, MessageType::kWarning, {}, ""};
         a.Messages(std::span<const Message>(&message, 1));
     }
     a.Statistics()
@@ -395,8 +383,9 @@ void HodgesLehmannRecord(Document& doc, const FieldCases& cases, int field, int 
 void KruskalWallisRecord(Document& doc, const FieldCases& cases, int field, int groupField,
                          const KruskalWallisOptions& options, double alpha) {
     const KruskalWallisResult r = KruskalWallis(cases.View());
-    if (!r.fComputed) {
-        WriteCannotCompute(doc, "IKruskalWallis", Key("KruskalWallis"), field, groupField);
+    if (!r.Computed()) {
+        WriteCannotCompute(doc, "IKruskalWallis", Key("KruskalWallis"), field, groupField,
+                           MessageCode(r.fOutcome));
         return;
     }
     Comparisons comparisons;
@@ -424,9 +413,9 @@ void KruskalWallisRecord(Document& doc, const FieldCases& cases, int field, int 
 void JonckheereRecord(Document& doc, const FieldCases& cases, int field, int groupField,
                       const JonckheereOptions& options, double alpha) {
     const JonckheereResult r = JonckheereTerpstra(cases.View(), !options.fAscending);
-    if (!r.fComputed) {
-        WriteCannotCompute(doc, "IJonckheereTerpstra", Key("JonckheereTerpstra"), field,
-                           groupField);
+    if (!r.Computed()) {
+        WriteCannotCompute(doc, "IJonckheereTerpstra", Key("JonckheereTerpstra"), field, groupField,
+                           MessageCode(r.fOutcome));
         return;
     }
     Comparisons comparisons;
@@ -457,8 +446,9 @@ void MedianRecord(Document& doc, const FieldCases& cases, int field, int groupFi
     const std::optional<double> testValue =
         options.fSampleMedian ? std::nullopt : std::optional<double>(options.fValue);
     const MedianTestResult r = MedianTest(cases.View(), testValue);
-    if (!r.fComputed) {
-        WriteCannotCompute(doc, "IMedian", Key("Median"), field, groupField);
+    if (!r.Computed()) {
+        WriteCannotCompute(doc, "IMedian", Key("Median"), field, groupField,
+                           MessageCode(r.fOutcome));
         return;
     }
     // Fisher's exact significance decides for two groups.
@@ -518,7 +508,7 @@ void WriteIndependentTests(const SplitData& data, const IndependentPlan& plan,
         const bool nominal = data.GetVariable(field).fLevel == MeasureLevel::kNominal;
         const auto run = [&](std::string_view name, std::string_view test, auto&& write) {
             if (nominal) {
-                WriteCannotCompute(doc, name, Key(test), field, groupField, kNominal);
+                WriteCannotCompute(doc, name, Key(test), field, groupField, message::kNominal);
             } else {
                 write();
             }
@@ -573,7 +563,7 @@ void WriteIndependentTests(const SplitData& data, const IndependentPlan& plan,
             if (nominal) {
                 WriteCannotCompute(doc, "IHodgesLehmannEstimateGroups",
                                    "AllDistinctValuesUsed_I_HodgesLehman_2", field, groupField,
-                                   kNominal);
+                                   message::kNominal);
             } else if (notTwo) {
                 WriteNotTwoGroups(doc, "IHodgesLehmannEstimateGroups",
                                   "AllDistinctValuesUsed_I_HodgesLehman_2", field, groupField,

@@ -9,6 +9,7 @@
 
 #include "engine/Progress.h"
 #include "engine/doc/Builders.h"
+#include "engine/doc/Messages.h"
 #include "engine/stats/OneSample.h"
 #include "engine/stats/OneSampleBinomial.h"
 #include "engine/stats/OneSampleChiSquare.h"
@@ -17,29 +18,6 @@
 #include "engine/stats/OneSampleWilcoxon.h"
 
 namespace {
-// Codes of the string table for a test that cannot be computed.
-int ReasonCode(OneSampleReason reason) {
-    switch (reason) {
-    case OneSampleReason::kComputed:
-        return 0;
-    case OneSampleReason::kNoCases:
-        return 220008;
-    case OneSampleReason::kTooFewCases:
-        return 220002;
-    case OneSampleReason::kOneCategory:
-        return 220003;
-    case OneSampleReason::kNoVariance:
-        return 220004;
-    case OneSampleReason::kAllDifferencesZero:
-        return 220005;
-    case OneSampleReason::kBadParameter:
-        return 220007;
-    case OneSampleReason::kOutsideSupport:
-        return 220006;
-    }
-    return 220001;
-}
-
 // A number the statistics left out (NaN) is written as missing.
 double Num(double value) {
     return std::isfinite(value) ? value : kSysMis;
@@ -50,9 +28,9 @@ double Count(std::size_t value) {
 }
 
 // Marks a test that could not be computed: its decision and the message that says why.
-void Unable(Algorithm& test, OneSampleReason reason) {
+void Unable(Algorithm& test, Outcome reason) {
     test.SetDecision(Decision::kUnableToCompute);
-    const Message message{ReasonCode(reason), MessageType::kError, {}, {}};
+    const Message message{MessageCode(reason), MessageType::kError, {}, {}};
     test.Messages(std::span<const Message>(&message, 1));
 }
 
@@ -194,9 +172,10 @@ void OneSampleWriter::ChiSquare(int field, const ChiSquareOptions& options) {
                                   : "UserSpecifiesProbabilities_O_ChiSquare_1",
                    {index});
     if (!result.Computed()) {
-        Unable(test, result.fReason);
+        Unable(test, result.fOutcome);
     } else if (result.fOutsideCount > 0) {
-        const Message message{220052, MessageType::kWarning, {Count(result.fOutsideCount)}, {}};
+        const Message message{
+            message::kOutsideCategories, MessageType::kWarning, {Count(result.fOutsideCount)}, {}};
         test.Messages(std::span<const Message>(&message, 1));
     }
     test.Statistics()
@@ -289,7 +268,7 @@ void OneSampleWriter::Binomial(int field, const BinomialOptions& options) {
                                        Decide(Num(result.fExactSig2Tailed), fCriteria.fAlpha));
     test.Condition(key, params);
     if (!result.Computed()) {
-        Unable(test, result.fReason);
+        Unable(test, result.fOutcome);
     }
     test.ValuesNotInCategories(outside);
     test.Statistics()
@@ -315,7 +294,7 @@ void OneSampleWriter::Binomial(int field, const BinomialOptions& options) {
                                            Classification::kOneSample, Decision::kNone);
     estimate.Condition(estimateKey, estimateParams);
     if (!intervals.Computed()) {
-        const Message message{ReasonCode(intervals.fReason), MessageType::kError, {}, {}};
+        const Message message{MessageCode(intervals.fOutcome), MessageType::kError, {}, {}};
         estimate.Messages(std::span<const Message>(&message, 1));
     }
     estimate.ValuesNotInCategories(outside);
@@ -366,7 +345,7 @@ void OneSampleWriter::Runs(int field, const RunsOptions& options) {
                 Algorithm test = fDoc.AddAlgorithm("ORuns", Classification::kOneSample,
                                                    Decision::kUnableToCompute);
                 test.Condition("ACutPointIsSpecified_O_Runs_2", {index, kSysMis});
-                Unable(test, OneSampleReason::kBadParameter);
+                Unable(test, Outcome::kBadParameter);
                 return;
             }
             first.push_back(ValueOf(fData, field, written[0]));
@@ -417,9 +396,10 @@ void OneSampleWriter::Runs(int field, const RunsOptions& options) {
         fDoc.AddAlgorithm("ORuns", Classification::kOneSample, Decide(Num(sig), fCriteria.fAlpha));
     test.Condition(key, params);
     if (!result.Computed()) {
-        Unable(test, result.fReason);
+        Unable(test, result.fOutcome);
     } else if (result.fExcluded > 0) {
-        const Message message{220052, MessageType::kWarning, {Count(result.fExcluded)}, {}};
+        const Message message{
+            message::kOutsideCategories, MessageType::kWarning, {Count(result.fExcluded)}, {}};
         test.Messages(std::span<const Message>(&message, 1));
     }
     test.ValuesNotInCategories(outside);
@@ -450,7 +430,7 @@ void OneSampleWriter::Wilcoxon(int field, const WilcoxonOneSampleOptions& option
     test.Condition("O_WilcoxonSignedRanks_2", {index, options.fTestValue}, std::nullopt,
                    isOrdinal ? std::span<const int>(ordinal) : std::span<const int>());
     if (!result.Computed()) {
-        Unable(test, result.fReason);
+        Unable(test, result.fOutcome);
     }
     StatisticsResult stats = test.Statistics();
     stats.Value("TotalN", Count(result.fTotalN))
@@ -511,8 +491,7 @@ void OneSampleWriter::KolmogorovOne(int field, KsDistribution distribution,
     // parameters, Kolmogorov's limiting distribution otherwise; a Monte Carlo
     // companion, when there is one, decides.
     const bool normalLilliefors = lilliefors && distribution == KsDistribution::kNormal;
-    const bool tooFewForLilliefors = normalLilliefors &&
-                                     result.fReason == OneSampleReason::kTooFewCases &&
+    const bool tooFewForLilliefors = normalLilliefors && result.fOutcome == Outcome::kTooFewCases &&
                                      std::isfinite(result.fAbsolute);
     double sig = normalLilliefors ? result.fLillieforsSig : result.fAsymptoticSig2Tailed;
 
@@ -532,10 +511,10 @@ void OneSampleWriter::KolmogorovOne(int field, KsDistribution distribution,
     test.Condition(keyOf("KolmogorovSmirnov"), params, lilliefors);
     if (tooFewForLilliefors) {
         test.SetDecision(Decision::kUnableToCompute);
-        const Message message{220045, MessageType::kHelp, {}, {}};
+        const Message message{message::kNoLilliefors, MessageType::kHelp, {}, {}};
         test.Messages(std::span<const Message>(&message, 1));
     } else if (!result.Computed()) {
-        Unable(test, result.fReason);
+        Unable(test, result.fOutcome);
     }
     StatisticsResult stats = test.Statistics();
     stats.Group("TotalN", {{"TotalN", Count(result.fTotalN)}});

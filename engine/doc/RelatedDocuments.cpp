@@ -4,6 +4,7 @@
 // category-by-category table, success percentages, rank counts) and its
 // pairwise or stepwise comparisons.
 #include "engine/doc/Builders.h"
+#include "engine/doc/Messages.h"
 
 #include <algorithm>
 #include <iterator>
@@ -15,19 +16,6 @@
 #include "engine/stats/RelatedPairs.h"
 
 namespace {
-
-// The message of a test that could not be computed, and the reasons that
-// have a message of their own.
-constexpr int kCannotCompute = 220001;
-constexpr int kTooFewCases = 220002;
-constexpr int kOneCategory = 220003;
-constexpr int kNoVariance = 220004;
-// "The test orders the values; a nominal field has no order, ..."
-constexpr int kNominal = 220014;
-// "The fields agree on every case; the test cannot be computed."
-constexpr int kFieldsAgree = 220016;
-// "The sample is too small for a confidence interval at this level; ..."
-constexpr int kIntervalNotReached = 220010;
 
 // The complete cases of `fields` as one column per field.
 struct Columns {
@@ -87,28 +75,14 @@ bool AnyContinuous(const SplitData& data, std::span<const int> fields) {
 // Why a test of `fields` with the outcome `outcome` cannot be computed: the
 // code of its message, 0 when it can. A test that orders the values (`ordered`)
 // cannot be computed on a nominal field, whose codes have no order.
-int Blocking(const SplitData& data, std::span<const int> fields, bool ordered,
-             RelatedOutcome outcome) {
+int Blocking(const SplitData& data, std::span<const int> fields, bool ordered, Outcome outcome) {
     if (fields.size() == 2 && fields[0] == fields[1]) {
-        return kCannotCompute;
+        return message::kCannotCompute;
     }
     if (ordered && AnyNominal(data, fields)) {
-        return kNominal;
+        return message::kNominal;
     }
-    switch (outcome) {
-    case RelatedOutcome::kComputed:
-        return 0;
-    case RelatedOutcome::kTooFewCases:
-        return kTooFewCases;
-    case RelatedOutcome::kAllDifferencesZero:
-        return kFieldsAgree;
-    case RelatedOutcome::kOneCategory:
-        return kOneCategory;
-    case RelatedOutcome::kNoVariance:
-        return kNoVariance;
-    default:
-        return kCannotCompute;
-    }
+    return MessageCode(outcome);
 }
 
 // Marks an Algorithm as not computable, with the message `code`.
@@ -249,8 +223,8 @@ void WriteHodgesLehmann(const SplitData& data, int a, int b, const Criteria& cri
     const int blocking = Blocking(data, pair, true, result.fOutcome);
     const bool computed = blocking == 0;
     if (blocking != 0 || !result.fIntervalReachable) {
-        const Message message{computed ? kIntervalNotReached : blocking, MessageType::kWarning,
-                              {}, {}};
+        const Message message{
+            computed ? message::kIntervalNotReached : blocking, MessageType::kWarning, {}, {}};
         algorithm.Messages(std::span<const Message>(&message, 1));
     }
     algorithm.Statistics()

@@ -14,8 +14,7 @@ namespace {
 KSamples Groups(const GroupedValues& data) {
     const GroupCounts counts = CountGroups(data, 2, std::numeric_limits<std::size_t>::max());
     KSamples samples;
-    samples.fComputed = counts.fComputed;
-    samples.fReason = counts.fReason;
+    samples.fOutcome = counts.fOutcome;
     samples.fSamples = counts.fSamples;
     samples.fN = counts.fN;
     samples.fTotalN = data.fValues.size();
@@ -259,7 +258,7 @@ JonckheereSums JonckheereOn(const SortedGroups& sorted, const std::vector<int>& 
 KruskalWallisResult KruskalWallis(const GroupedValues& data) {
     KruskalWallisResult result;
     static_cast<KSamples&>(result) = Groups(data);
-    if (!result.fComputed) {
+    if (!result.Computed()) {
         return result;
     }
     result.fMeanRank = MeanRanks(data, result.fN);
@@ -273,8 +272,7 @@ KruskalWallisResult KruskalWallis(const GroupedValues& data) {
     const double n = static_cast<double>(result.fTotalN);
     result.fStatistic = KruskalWallisH(sums, sizes, n, result.fTieSum);
     if (std::isnan(result.fStatistic)) {
-        result.fComputed = false;
-        result.fReason = "All values are tied.";
+        result.fOutcome = Outcome::kNoVariance;
         return result;
     }
     result.fDf = static_cast<double>(result.fSamples.size() - 1);
@@ -283,7 +281,7 @@ KruskalWallisResult KruskalWallis(const GroupedValues& data) {
 }
 
 std::vector<ComparisonResult> KruskalWallisPairwise(const KruskalWallisResult& test) {
-    if (!test.fComputed) {
+    if (!test.Computed()) {
         return {};
     }
     const double n = static_cast<double>(test.fTotalN);
@@ -298,7 +296,7 @@ std::vector<ComparisonResult> KruskalWallisPairwise(const KruskalWallisResult& t
             t.fStdStatistic = t.fStatistic / t.fStdError;
             t.fSig = TwoSidedNormal(t.fStdStatistic);
         } else {
-            t.fMessageCode = 222329;
+            t.fNoVariation = true;
         }
         return t;
     });
@@ -306,7 +304,7 @@ std::vector<ComparisonResult> KruskalWallisPairwise(const KruskalWallisResult& t
 
 std::vector<ComparisonResult>
 KruskalWallisSubsets(const GroupedValues& data, const KruskalWallisResult& test, double sigLevel) {
-    if (!test.fComputed) {
+    if (!test.Computed()) {
         return {};
     }
     const SortedGroups sorted = SortGroupsByRank(data);
@@ -345,7 +343,7 @@ KruskalWallisSubsets(const GroupedValues& data, const KruskalWallisResult& test,
             SampleTest t;
             t.fStatistic = KruskalWallisH(sums, sizes, position, tieSum);
             if (std::isnan(t.fStatistic)) {
-                t.fMessageCode = 222329;
+                t.fNoVariation = true;
             } else {
                 t.fSig = ChiSquareSurvival(t.fStatistic, static_cast<double>(members.size() - 1));
             }
@@ -391,7 +389,7 @@ double FisherExact2x2(std::size_t a, std::size_t b, std::size_t c, std::size_t d
 MedianTestResult MedianTest(const GroupedValues& data, std::optional<double> testValue) {
     MedianTestResult result;
     static_cast<KSamples&>(result) = Groups(data);
-    if (!result.fComputed) {
+    if (!result.Computed()) {
         return result;
     }
     std::vector<std::vector<double>> values = ValuesByGroup(data);
@@ -413,8 +411,7 @@ MedianTestResult MedianTest(const GroupedValues& data, std::optional<double> tes
         result.fSampleMedian[g] = MedianOf(copy);
     }
     if (std::isnan(table.fChiSquare)) {
-        result.fComputed = false;
-        result.fReason = "All values lie on one side of the test value.";
+        result.fOutcome = Outcome::kOneCategory;
         return result;
     }
     result.fChiSquare = table.fChiSquare;
@@ -453,7 +450,7 @@ std::vector<ComparisonResult> MedianPairwise(const GroupedValues& data,
             t.fStatistic = table.fChiSquare;
             t.fSig = table.fSig;
             if (std::isnan(table.fChiSquare)) {
-                t.fMessageCode = 222329;
+                t.fNoVariation = true;
             }
             return t;
         });
@@ -478,7 +475,7 @@ std::vector<ComparisonResult> MedianSubsets(const GroupedValues& data, const Med
             t.fStatistic = table.fChiSquare;
             t.fSig = table.fSig;
             if (std::isnan(table.fChiSquare)) {
-                t.fMessageCode = 222329;
+                t.fNoVariation = true;
             }
             return t;
         },
@@ -512,7 +509,7 @@ SampleTest FromSums(const JonckheereSums& sums) {
         t.fStdError = std::sqrt(sums.fVariance);
         t.fStdStatistic = (sums.fJ - sums.fMean) / t.fStdError;
     } else {
-        t.fMessageCode = 222329;
+        t.fNoVariation = true;
     }
     return t;
 }
@@ -528,7 +525,7 @@ JonckheereResult JonckheereTerpstra(const GroupedValues& data, bool descending) 
     JonckheereResult result;
     static_cast<KSamples&>(result) = Groups(data);
     result.fDescending = descending;
-    if (!result.fComputed) {
+    if (!result.Computed()) {
         return result;
     }
     result.fMeanRank = MeanRanks(data, result.fN);
@@ -540,8 +537,7 @@ JonckheereResult JonckheereTerpstra(const GroupedValues& data, bool descending) 
     result.fStatistic = t.fStatistic;
     result.fMean = sums.fMean;
     if (std::isnan(t.fStdError)) {
-        result.fComputed = false;
-        result.fReason = "All values are tied.";
+        result.fOutcome = Outcome::kNoVariance;
         return result;
     }
     result.fStdError = t.fStdError;
@@ -552,7 +548,7 @@ JonckheereResult JonckheereTerpstra(const GroupedValues& data, bool descending) 
 
 std::vector<ComparisonResult> JonckheerePairwise(const GroupedValues& data,
                                                  const JonckheereResult& test) {
-    if (!test.fComputed) {
+    if (!test.Computed()) {
         return {};
     }
     std::vector<std::vector<double>> values = ValuesByGroup(data);
@@ -571,7 +567,7 @@ std::vector<ComparisonResult> JonckheerePairwise(const GroupedValues& data,
 
 std::vector<ComparisonResult> JonckheereSubsets(const GroupedValues& data,
                                                 const JonckheereResult& test, double sigLevel) {
-    if (!test.fComputed) {
+    if (!test.Computed()) {
         return {};
     }
     const SortedGroups sorted = SortGroupsByRank(data);

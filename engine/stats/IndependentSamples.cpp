@@ -9,17 +9,17 @@ GroupCounts CountGroups(const GroupedValues& data, std::size_t minSamples, std::
     GroupCounts counts;
     const std::size_t n = data.fValues.size();
     if (data.fGroups.size() != n || data.fRanking == nullptr || data.fRanking->fRanks.size() != n) {
-        counts.fReason = "The values, their groups and their ranks do not match.";
+        counts.fOutcome = Outcome::kInconsistentInput;
         return counts;
     }
     if (n == 0) {
-        counts.fReason = "The test field has no valid cases.";
+        counts.fOutcome = Outcome::kNoCases;
         return counts;
     }
     counts.fN.assign(data.fGroupCount, 0);
     for (const int group : data.fGroups) {
         if (group < 0 || static_cast<std::size_t>(group) >= data.fGroupCount) {
-            counts.fReason = "A case has a group outside the categories of the grouping field.";
+            counts.fOutcome = Outcome::kInconsistentInput;
             return counts;
         }
         ++counts.fN[static_cast<std::size_t>(group)];
@@ -31,19 +31,10 @@ GroupCounts CountGroups(const GroupedValues& data, std::size_t minSamples, std::
     }
     const std::size_t samples = counts.fSamples.size();
     if (samples < minSamples) {
-        counts.fReason = samples == 1 ? "Only one group has cases; the test compares at least " +
-                                            std::to_string(minSamples) + " groups."
-                                      : "Too few groups have cases.";
-        return counts;
+        counts.fOutcome = Outcome::kTooFewGroups;
+    } else if (samples > maxSamples) {
+        counts.fOutcome = Outcome::kTooManyGroups;
     }
-    if (samples > maxSamples) {
-        counts.fReason = std::to_string(samples) + " groups have cases; the test compares " +
-                         (maxSamples == 2 ? std::string("exactly two")
-                                          : "at most " + std::to_string(maxSamples)) +
-                         ".";
-        return counts;
-    }
-    counts.fComputed = true;
     return counts;
 }
 

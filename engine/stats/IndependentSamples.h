@@ -10,6 +10,7 @@
 #include <utility>
 #include <vector>
 
+#include "engine/stats/Outcome.h"
 #include "engine/stats/Ranks.h"
 
 // The cases of one test, split by a grouping field.
@@ -18,12 +19,6 @@ struct GroupedValues {
     std::span<const int> fGroups;      // category position of each case, 0 .. fGroupCount-1
     const Ranking* fRanking = nullptr; // RankValues(fValues)
     std::size_t fGroupCount = 0;       // number of categories of the grouping field
-};
-
-// Whether a test could be computed, and why not when it could not.
-struct TestOutcome {
-    bool fComputed = false;
-    std::string fReason; // plain words for the user, empty when computed
 };
 
 // The groups of a test after checking its input.

@@ -20,9 +20,8 @@ namespace {
 TwoSamples TwoGroups(const GroupedValues& data) {
     const GroupCounts counts = CountGroups(data, 2, 2);
     TwoSamples two;
-    two.fComputed = counts.fComputed;
-    two.fReason = counts.fReason;
-    if (counts.fComputed) {
+    two.fOutcome = counts.fOutcome;
+    if (counts.Computed()) {
         two.fFirst = counts.fSamples[0];
         two.fSecond = counts.fSamples[1];
         two.fN1 = counts.fN[two.fFirst];
@@ -80,7 +79,7 @@ private:
 MannWhitneyResult MannWhitney(const GroupedValues& data, std::size_t exactUpTo) {
     MannWhitneyResult result;
     static_cast<TwoSamples&>(result) = TwoGroups(data);
-    if (!result.fComputed) {
+    if (!result.Computed()) {
         return result;
     }
     const std::vector<double>& ranks = data.fRanking->fRanks;
@@ -98,8 +97,7 @@ MannWhitneyResult MannWhitney(const GroupedValues& data, std::size_t exactUpTo) 
     result.fU = sum2 - n2 * (n2 + 1) / 2;
     const double variance = n1 * n2 / 12 * ((n + 1) - data.fRanking->fTieSum / (n * (n - 1)));
     if (!(variance > 0)) {
-        result.fComputed = false;
-        result.fReason = "All values are tied.";
+        result.fOutcome = Outcome::kNoVariance;
         return result;
     }
     result.fStdError = std::sqrt(variance);
@@ -150,7 +148,7 @@ MannWhitneyResult MannWhitney(const GroupedValues& data, std::size_t exactUpTo) 
 KolmogorovSmirnovResult KolmogorovSmirnovTwoSample(const GroupedValues& data) {
     KolmogorovSmirnovResult result;
     static_cast<TwoSamples&>(result) = TwoGroups(data);
-    if (!result.fComputed) {
+    if (!result.Computed()) {
         return result;
     }
     const SortedGroups sorted = SortGroupsByRank(data);
@@ -205,7 +203,7 @@ double RunsLowerTail(double runs, std::size_t n1, std::size_t n2) {
 WaldWolfowitzResult WaldWolfowitz(const GroupedValues& data) {
     WaldWolfowitzResult result;
     static_cast<TwoSamples&>(result) = TwoGroups(data);
-    if (!result.fComputed) {
+    if (!result.Computed()) {
         return result;
     }
     const SortedGroups sorted = SortGroupsByRank(data);
@@ -325,7 +323,7 @@ double MosesLowerTail(double span, std::size_t m, std::size_t n, std::size_t h) 
 MosesResult Moses(const GroupedValues& data, std::size_t control, const MosesTrim& trim) {
     MosesResult result;
     static_cast<TwoSamples&>(result) = TwoGroups(data);
-    if (!result.fComputed) {
+    if (!result.Computed()) {
         return result;
     }
     result.fControl = control == result.fSecond ? result.fSecond : result.fFirst;
@@ -341,8 +339,7 @@ MosesResult Moses(const GroupedValues& data, std::size_t control, const MosesTri
     const std::size_t n = data.fValues.size() - m;
     result.fControlCases = m;
     if (m < 2) {
-        result.fComputed = false;
-        result.fReason = "The control group needs at least two cases.";
+        result.fOutcome = Outcome::kTooFewControls;
         return result;
     }
     result.fObservedSpan = controlRanks.back() - controlRanks.front() + 1;
@@ -353,8 +350,7 @@ MosesResult Moses(const GroupedValues& data, std::size_t control, const MosesTri
             : trim.fCount;
     result.fTrimmed = h;
     if (m < 2 * h + 2) {
-        result.fComputed = false;
-        result.fReason = "Fewer than two control cases remain after trimming.";
+        result.fOutcome = Outcome::kTrimmedTooFar;
         return result;
     }
     result.fTrimmedSpan = controlRanks[m - 1 - h] - controlRanks[h] + 1;
@@ -417,7 +413,7 @@ double KthSmallestDifference(std::span<const double> xAscending, std::span<const
 HodgesLehmannResult HodgesLehmann(const GroupedValues& data, double level) {
     HodgesLehmannResult result;
     static_cast<TwoSamples&>(result) = TwoGroups(data);
-    if (!result.fComputed) {
+    if (!result.Computed()) {
         return result;
     }
     // The differences are taken between the values' keys on the data's

@@ -53,7 +53,7 @@ std::vector<ComparisonResult> PairwiseComparisons(std::span<const std::size_t> s
             row.fStdStatistic = result.fStdStatistic;
             row.fSig = result.fSig;
             row.fAdjustedSig = BonferroniAdjusted(result.fSig, k);
-            row.fMessageCode = result.fMessageCode;
+            row.fNoVariation = result.fNoVariation;
         }
     }
     return rows;
@@ -78,7 +78,7 @@ std::vector<ComparisonResult> HomogeneousSubsets(std::span<const std::size_t> or
             const double adjusted = StepDownAdjusted(result.fSig, size, k);
             if (std::isnan(adjusted) || adjusted >= sigLevel) {
                 found.push_back({first, last, result.fStatistic, result.fStdError,
-                                 result.fStdStatistic, result.fSig, adjusted, result.fMessageCode});
+                                 result.fStdStatistic, result.fSig, adjusted, result.fNoVariation});
             }
         }
     }

@@ -6,13 +6,10 @@
 
 #include <cstddef>
 #include <functional>
-#include <limits>
 #include <span>
 #include <vector>
 
-// A number that does not apply (a statistic a test does not have, a subset
-// of one sample that is not tested). The document writes it as missing.
-inline constexpr double kNoValue = std::numeric_limits<double>::quiet_NaN();
+#include "engine/stats/Outcome.h"
 
 // The outcome of one test on two or more of the samples.
 struct SampleTest {
@@ -20,7 +17,7 @@ struct SampleTest {
     double fStdError = kNoValue;
     double fStdStatistic = kNoValue; // standardized statistic
     double fSig = kNoValue;          // kNoValue when the samples cannot be compared
-    int fMessageCode = 0;            // message about this comparison (0: none)
+    bool fNoVariation = false;       // the samples show no variation: no significance
 };
 
 // One row of a comparison table.
@@ -35,7 +32,7 @@ struct ComparisonResult {
     double fStdStatistic = kNoValue;
     double fSig = kNoValue;
     double fAdjustedSig = kNoValue;
-    int fMessageCode = 0; // message about this pair or subset (0: none)
+    bool fNoVariation = false; // the pair or subset shows no variation
 };
 
 // Compares two samples given by index. The first index is the sample with

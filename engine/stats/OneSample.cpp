@@ -13,34 +13,12 @@ namespace onesample {
 
 double NormalTwoSided(double z) {
     if (std::isnan(z)) {
-        return kNotApplicable;
+        return kNoValue;
     }
     return std::min(1.0, boost::math::erfc(std::fabs(z) / std::sqrt(2.0), Policy()));
 }
 
 } // namespace onesample
-
-const char* OneSampleReasonText(OneSampleReason reason) {
-    switch (reason) {
-    case OneSampleReason::kComputed:
-        return "computed";
-    case OneSampleReason::kNoCases:
-        return "no valid cases";
-    case OneSampleReason::kTooFewCases:
-        return "too few cases";
-    case OneSampleReason::kOneCategory:
-        return "every case in one category";
-    case OneSampleReason::kNoVariance:
-        return "every value is the same";
-    case OneSampleReason::kAllDifferencesZero:
-        return "every value equals the hypothesized median";
-    case OneSampleReason::kBadParameter:
-        return "a parameter is outside its domain";
-    case OneSampleReason::kOutsideSupport:
-        return "a value lies outside the support of the distribution";
-    }
-    return "unknown reason";
-}
 
 namespace {
 
@@ -80,7 +58,7 @@ double SortedMedian(const std::vector<double>& sorted) {
 
 double Median(std::span<const double> values) {
     if (values.empty()) {
-        return kNotApplicable;
+        return kNoValue;
     }
     std::vector<double> copy(values.begin(), values.end());
     const std::size_t half = copy.size() / 2;
@@ -130,7 +108,7 @@ bool IsWholeNumber(double v) {
 ValueHistogram WholeRange(std::span<const double> values, double low, double high) {
     ValueHistogram histogram;
     histogram.fOrigin = low;
-    histogram.fWidth = kNotApplicable;
+    histogram.fWidth = kNoValue;
     histogram.fBins.push_back({0.5 * low + 0.5 * high, values.size()});
     return histogram;
 }

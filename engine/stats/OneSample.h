@@ -1,45 +1,25 @@
-// What the one-sample tests share: why a test could not be computed, the
-// descriptive numbers of a field that the records and charts show, and its
-// histogram. Every function is pure: spans of valid values in (missing values
-// and infinities are excluded by the reader), a result struct out, nothing
-// thrown. A number that does not apply to a result is NaN; the document writer
-// writes it as missing.
+// What the one-sample tests share: the descriptive numbers of a field that
+// the records and charts show, and its histogram.
 #pragma once
 
 #include <cstddef>
-#include <limits>
 #include <span>
 #include <vector>
 
-// Why a test has no result. Every result struct carries one in `fReason`.
-enum class OneSampleReason {
-    kComputed = 0,       // the test has a result
-    kNoCases,            // no valid case
-    kTooFewCases,        // fewer cases than the test needs
-    kOneCategory,        // every case falls in one category, or on one side of the cut point
-    kNoVariance,         // every value is the same
-    kAllDifferencesZero, // every value equals the hypothesized median
-    kBadParameter,       // a given parameter lies outside its domain (a probability, a level...)
-    kOutsideSupport,     // a value lies outside the support of the hypothesized distribution
-};
-
-// A short English reason ("too few cases"), for messages and test output.
-const char* OneSampleReasonText(OneSampleReason reason);
-
-inline constexpr double kNotApplicable = std::numeric_limits<double>::quiet_NaN();
+#include "engine/stats/Outcome.h"
 
 // Descriptive numbers of one field.
 struct Descriptives {
     std::size_t fN = 0;
-    double fMean = kNotApplicable;
-    double fStdDev = kNotApplicable; // with divisor N - 1; NaN below two cases
-    double fMin = kNotApplicable;
-    double fMax = kNotApplicable;
-    double fMedian = kNotApplicable;
+    double fMean = kNoValue;
+    double fStdDev = kNoValue; // with divisor N - 1; NaN below two cases
+    double fMin = kNoValue;
+    double fMax = kNoValue;
+    double fMedian = kNoValue;
     // Quartiles as box plots draw them: the weighted average at position p(N + 1) of the
     // sorted values, clamped to the first and last value (R's quantile type 6).
-    double fLowerQuartile = kNotApplicable;
-    double fUpperQuartile = kNotApplicable;
+    double fLowerQuartile = kNoValue;
+    double fUpperQuartile = kNoValue;
 };
 
 Descriptives Describe(std::span<const double> values);

@@ -139,11 +139,11 @@ BinomialResult BinomialTest(std::size_t successes, std::size_t trials, double te
     result.fSuccesses = successes;
     result.fTestProportion = testProportion;
     if (!(testProportion > 0 && testProportion < 1) || successes > trials) {
-        result.fReason = OneSampleReason::kBadParameter;
+        result.fOutcome = Outcome::kBadParameter;
         return result;
     }
     if (trials == 0) {
-        result.fReason = OneSampleReason::kNoCases;
+        result.fOutcome = Outcome::kNoCases;
         return result;
     }
     const double n = static_cast<double>(trials);
@@ -259,11 +259,11 @@ SuccessRateIntervals SuccessRateIntervalsOf(std::size_t successes, std::size_t t
     result.fSuccesses = successes;
     result.fLevel = level;
     if (!(level > 0 && level < 1) || successes > trials) {
-        result.fReason = OneSampleReason::kBadParameter;
+        result.fOutcome = Outcome::kBadParameter;
         return result;
     }
     if (trials == 0) {
-        result.fReason = OneSampleReason::kNoCases;
+        result.fOutcome = Outcome::kNoCases;
         return result;
     }
     result.fClopperPearson = ClopperPearsonInterval(successes, trials, level);

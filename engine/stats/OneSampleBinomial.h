@@ -23,27 +23,24 @@ BinomialCounts CountByCutPoint(std::span<const double> values, double cut);
 BinomialCounts CountByCategories(std::span<const double> values, std::span<const double> success,
                                  std::span<const double> failure = {});
 
-struct BinomialResult {
-    OneSampleReason fReason = OneSampleReason::kComputed;
+struct BinomialResult : TestOutcome {
     std::size_t fTrials = 0;
     std::size_t fSuccesses = 0;
-    double fTestProportion = kNotApplicable;     // hypothesized success proportion p0
-    double fObservedProportion = kNotApplicable; // successes / trials
-    double fStandardError = kNotApplicable;      // sqrt(n p0 (1 - p0)), of the success count
+    double fTestProportion = kNoValue;     // hypothesized success proportion p0
+    double fObservedProportion = kNoValue; // successes / trials
+    double fStandardError = kNoValue;      // sqrt(n p0 (1 - p0)), of the success count
     // (successes - n p0) moved 0.5 toward zero (not past it), over the standard error; its
     // square is the continuity-corrected chi-square of a one-proportion test.
-    double fStandardized = kNotApplicable;
-    double fExactSigLess = kNotApplicable;    // P(X <= successes)
-    double fExactSigGreater = kNotApplicable; // P(X >= successes)
+    double fStandardized = kNoValue;
+    double fExactSigLess = kNoValue;    // P(X <= successes)
+    double fExactSigGreater = kNoValue; // P(X >= successes)
     // Two-sided: twice the smaller tail, at most 1. This is the test that the Clopper-Pearson
     // interval inverts, so p0 lies outside the (1 - alpha) interval exactly when this is
     // below alpha. The significance the document reports.
-    double fExactSig2Tailed = kNotApplicable;
+    double fExactSig2Tailed = kNoValue;
     // Two-sided by the minimum-likelihood rule: the sum of the probabilities of all counts no
     // more likely than the observed one. Equals fExactSig2Tailed when p0 = 0.5.
-    double fExactSigMinLikelihood = kNotApplicable;
-
-    bool Computed() const { return fReason == OneSampleReason::kComputed; }
+    double fExactSigMinLikelihood = kNoValue;
 };
 
 // Outcomes: kNoCases (no trials), kBadParameter (p0 not strictly between 0 and 1, or more
@@ -51,16 +48,15 @@ struct BinomialResult {
 BinomialResult BinomialTest(std::size_t successes, std::size_t trials, double testProportion);
 
 struct ProportionInterval {
-    double fEstimate = kNotApplicable; // successes / trials
-    double fLower = kNotApplicable;
-    double fUpper = kNotApplicable;
+    double fEstimate = kNoValue; // successes / trials
+    double fLower = kNoValue;
+    double fUpper = kNoValue;
 };
 
-struct SuccessRateIntervals {
-    OneSampleReason fReason = OneSampleReason::kComputed;
+struct SuccessRateIntervals : TestOutcome {
     std::size_t fTrials = 0;
     std::size_t fSuccesses = 0;
-    double fLevel = kNotApplicable;     // confidence level, a fraction
+    double fLevel = kNoValue;           // confidence level, a fraction
     ProportionInterval fClopperPearson; // exact: beta quantiles of the binomial tails
     // Equal-tailed interval of the Beta(x + 1/2, n - x + 1/2) posterior, with the lower bound
     // 0 when x = 0 and the upper bound 1 when x = n.
@@ -68,8 +64,6 @@ struct SuccessRateIntervals {
     // The proportions whose likelihood-ratio statistic against the estimate stays within the
     // chi-square(1) quantile of the level; 0 (or 1) when no success (or no failure).
     ProportionInterval fLikelihoodRatio;
-
-    bool Computed() const { return fReason == OneSampleReason::kComputed; }
 };
 
 // `level` is a fraction strictly between 0 and 1 (0.95). Outcomes: kNoCases (no trials),

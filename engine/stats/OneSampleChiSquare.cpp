@@ -29,7 +29,7 @@ OneSampleChiSquareResult ChiSquareGoodnessOfFit(std::span<const double> values,
 
     const auto finite = [](double x) { return std::isfinite(x); };
     if (!std::all_of(result.fCategories.begin(), result.fCategories.end(), finite)) {
-        result.fReason = OneSampleReason::kBadParameter;
+        result.fOutcome = Outcome::kBadParameter;
         return result;
     }
     // Categories by value, to find each case's category by a binary search.
@@ -40,7 +40,7 @@ OneSampleChiSquareResult ChiSquareGoodnessOfFit(std::span<const double> values,
     std::sort(lookup.begin(), lookup.end());
     for (std::size_t i = 1; i < k; ++i) {
         if (lookup[i].first == lookup[i - 1].first) {
-            result.fReason = OneSampleReason::kBadParameter;
+            result.fOutcome = Outcome::kBadParameter;
             return result;
         }
     }
@@ -48,7 +48,7 @@ OneSampleChiSquareResult ChiSquareGoodnessOfFit(std::span<const double> values,
         const bool positive = std::all_of(expectedFrequencies.begin(), expectedFrequencies.end(),
                                           [](double f) { return f > 0 && std::isfinite(f); });
         if (expectedFrequencies.size() != k || !positive) {
-            result.fReason = OneSampleReason::kBadParameter;
+            result.fOutcome = Outcome::kBadParameter;
             return result;
         }
     }
@@ -81,11 +81,11 @@ OneSampleChiSquareResult ChiSquareGoodnessOfFit(std::span<const double> values,
         }
     }
     if (k < 2) {
-        result.fReason = OneSampleReason::kOneCategory;
+        result.fOutcome = Outcome::kOneCategory;
         return result;
     }
     if (result.fTotalN == 0) {
-        result.fReason = OneSampleReason::kNoCases;
+        result.fOutcome = Outcome::kNoCases;
         return result;
     }
 

@@ -8,22 +8,19 @@
 
 #include "engine/stats/OneSample.h"
 
-struct OneSampleChiSquareResult {
-    OneSampleReason fReason = OneSampleReason::kComputed;
-    std::vector<double> fCategories;    // the categories tested, in the order given
-    std::vector<double> fObserved;      // count of cases per category
-    std::vector<double> fExpected;      // expected count per category: N times its proportion
-    std::vector<double> fProportions;   // hypothesized proportion per category (they add up to 1)
-    std::size_t fTotalN = 0;            // cases in the categories; cases outside are not tested
-    std::size_t fOutsideCount = 0;      // cases whose value is in no category
-    std::vector<double> fValuesOutside; // distinct values of those cases, ascending
-    double fStatistic = kNotApplicable; // sum of (observed - expected)^2 / expected
-    double fDegreesOfFreedom = kNotApplicable; // categories - 1
-    double fAsymptoticSig = kNotApplicable;    // upper tail of chi-square(df)
-    std::size_t fExpectedBelowFive = 0;        // categories with an expected count below 5
-    double fMinimumExpected = kNotApplicable;
-
-    bool Computed() const { return fReason == OneSampleReason::kComputed; }
+struct OneSampleChiSquareResult : TestOutcome {
+    std::vector<double> fCategories;     // the categories tested, in the order given
+    std::vector<double> fObserved;       // count of cases per category
+    std::vector<double> fExpected;       // expected count per category: N times its proportion
+    std::vector<double> fProportions;    // hypothesized proportion per category (they add up to 1)
+    std::size_t fTotalN = 0;             // cases in the categories; cases outside are not tested
+    std::size_t fOutsideCount = 0;       // cases whose value is in no category
+    std::vector<double> fValuesOutside;  // distinct values of those cases, ascending
+    double fStatistic = kNoValue;        // sum of (observed - expected)^2 / expected
+    double fDegreesOfFreedom = kNoValue; // categories - 1
+    double fAsymptoticSig = kNoValue;    // upper tail of chi-square(df)
+    std::size_t fExpectedBelowFive = 0;  // categories with an expected count below 5
+    double fMinimumExpected = kNoValue;
 };
 
 // `categories` empty: the distinct values of the cases, ascending. `expectedFrequencies`

@@ -149,7 +149,7 @@ OneSampleKsResult OneSampleKolmogorovSmirnov(std::span<const double> values,
     result.fFromSample = !given.has_value();
     result.fTotalN = values.size();
     if (values.empty()) {
-        result.fReason = OneSampleReason::kNoCases;
+        result.fOutcome = Outcome::kNoCases;
         return result;
     }
     const KsParameters p = given ? *given : EstimateKsParameters(values, distribution);
@@ -161,16 +161,16 @@ OneSampleKsResult OneSampleKolmogorovSmirnov(std::span<const double> values,
     if (distribution == KsDistribution::kPoisson &&
         !std::all_of(values.begin(), values.end(),
                      [](double v) { return v >= 0 && IsWholeNumber(v); })) {
-        result.fReason = OneSampleReason::kOutsideSupport;
+        result.fOutcome = Outcome::kOutsideSupport;
         return result;
     }
     if (distribution == KsDistribution::kExponential &&
         std::any_of(values.begin(), values.end(), [](double v) { return v < 0; })) {
-        result.fReason = OneSampleReason::kOutsideSupport;
+        result.fOutcome = Outcome::kOutsideSupport;
         return result;
     }
     if (!given && twoParameters && values.size() < 2) {
-        result.fReason = OneSampleReason::kTooFewCases;
+        result.fOutcome = Outcome::kTooFewCases;
         return result;
     }
     const bool finite = std::isfinite(p.fFirst) && (!twoParameters || std::isfinite(p.fSecond));
@@ -188,8 +188,7 @@ OneSampleKsResult OneSampleKolmogorovSmirnov(std::span<const double> values,
         break;
     }
     if (!valid) {
-        result.fReason =
-            given || !finite ? OneSampleReason::kBadParameter : OneSampleReason::kNoVariance;
+        result.fOutcome = given || !finite ? Outcome::kBadParameter : Outcome::kNoVariance;
         return result;
     }
 
@@ -208,7 +207,7 @@ OneSampleKsResult OneSampleKolmogorovSmirnov(std::span<const double> values,
     result.fAsymptoticSig2Tailed = KolmogorovLimitSf(result.fZ);
     if (distribution == KsDistribution::kNormal && !given) {
         if (values.size() < kLillieforsMinCases) {
-            result.fReason = OneSampleReason::kTooFewCases;
+            result.fOutcome = Outcome::kTooFewCases;
         } else {
             result.fLillieforsSig = LillieforsNormalSig(result.fAbsolute, values.size());
         }
@@ -297,21 +296,20 @@ MonteCarloSig LillieforsMonteCarlo(const OneSampleKsResult& observed, std::size_
     result.fLevel = level;
     const KsDistribution distribution = observed.fDistribution;
     // The statistic of a normal test below the Lilliefors minimum is still there to simulate.
-    const bool statistic =
-        observed.Computed() ||
-        (observed.fReason == OneSampleReason::kTooFewCases && std::isfinite(observed.fAbsolute));
+    const bool statistic = observed.Computed() || (observed.fOutcome == Outcome::kTooFewCases &&
+                                                   std::isfinite(observed.fAbsolute));
     if (!statistic) {
-        result.fReason = observed.fReason;
+        result.fOutcome = observed.fOutcome;
         return result;
     }
     if (distribution == KsDistribution::kPoisson || !observed.fFromSample || samples == 0 ||
         !(level > 0 && level < 1)) {
-        result.fReason = OneSampleReason::kBadParameter;
+        result.fOutcome = Outcome::kBadParameter;
         return result;
     }
     const std::size_t n = observed.fTotalN;
     if (n < 3) {
-        result.fReason = OneSampleReason::kTooFewCases;
+        result.fOutcome = Outcome::kTooFewCases;
         return result;
     }
     Random random(seed);

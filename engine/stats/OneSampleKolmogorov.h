@@ -18,8 +18,8 @@ enum class KsDistribution { kNormal, kUniform, kPoisson, kExponential };
 // The parameters of a distribution: normal: mean, standard deviation; uniform: minimum,
 // maximum; Poisson: mean (fSecond unused); exponential: mean (fSecond unused).
 struct KsParameters {
-    double fFirst = kNotApplicable;
-    double fSecond = kNotApplicable;
+    double fFirst = kNoValue;
+    double fSecond = kNoValue;
 };
 
 // The parameters estimated from a sample: mean and standard deviation (divisor N - 1);
@@ -29,27 +29,24 @@ KsParameters EstimateKsParameters(std::span<const double> values, KsDistribution
 // Cases a normal test with estimated parameters needs for its Lilliefors significance.
 inline constexpr std::size_t kLillieforsMinCases = 5;
 
-struct OneSampleKsResult {
-    OneSampleReason fReason = OneSampleReason::kComputed;
+struct OneSampleKsResult : TestOutcome {
     KsDistribution fDistribution = KsDistribution::kNormal;
     bool fFromSample = false; // parameters estimated from the sample
     std::size_t fTotalN = 0;
     KsParameters fParameters; // the parameters tested (given or estimated)
     // Most extreme differences of the empirical and the hypothesized distribution function,
     // sup |Fn - F| over every real number (for the Poisson both are step functions).
-    double fAbsolute = kNotApplicable; // D = max(D+, D-)
-    double fPositive = kNotApplicable; // D+ = sup (Fn - F), 0 or more
-    double fNegative = kNotApplicable; // -D- = -sup (F - Fn), 0 or less
-    double fZ = kNotApplicable;        // sqrt(N) D
+    double fAbsolute = kNoValue; // D = max(D+, D-)
+    double fPositive = kNoValue; // D+ = sup (Fn - F), 0 or more
+    double fNegative = kNoValue; // -D- = -sup (F - Fn), 0 or less
+    double fZ = kNoValue;        // sqrt(N) D
     // Upper tail of Kolmogorov's limiting distribution at sqrt(N) D. For estimated parameters
     // it is conservative (too large); see the Lilliefors and Monte Carlo significances.
-    double fAsymptoticSig2Tailed = kNotApplicable;
+    double fAsymptoticSig2Tailed = kNoValue;
     // Normal test with estimated parameters and N >= kLillieforsMinCases: the Lilliefors
     // significance by the Dallal-Wilkinson approximation, with Stephens' polynomials above
     // 0.1 (as R's nortest::lillie.test); NaN otherwise.
-    double fLillieforsSig = kNotApplicable;
-
-    bool Computed() const { return fReason == OneSampleReason::kComputed; }
+    double fLillieforsSig = kNoValue;
 };
 
 // `given` empty: the parameters are estimated from the sample. Outcomes: kNoCases;
@@ -71,17 +68,14 @@ double LillieforsNormalSig(double d, std::size_t n);
 
 // Monte Carlo significance: the share of simulated samples whose statistic is at least the
 // observed one.
-struct MonteCarloSig {
-    OneSampleReason fReason = OneSampleReason::kComputed;
+struct MonteCarloSig : TestOutcome {
     std::size_t fSamples = 0;         // samples drawn
     std::size_t fAtLeastObserved = 0; // samples whose statistic was at least the observed D
-    double fSig = kNotApplicable;     // fAtLeastObserved / fSamples
-    double fLevel = kNotApplicable;   // confidence level of the interval, a fraction
+    double fSig = kNoValue;           // fAtLeastObserved / fSamples
+    double fLevel = kNoValue;         // confidence level of the interval, a fraction
     // Clopper-Pearson interval of the significance at fLevel (never empty, also with no hit).
-    double fLower = kNotApplicable;
-    double fUpper = kNotApplicable;
-
-    bool Computed() const { return fReason == OneSampleReason::kComputed; }
+    double fLower = kNoValue;
+    double fUpper = kNoValue;
 };
 
 // Called now and then with the samples done and the samples asked for.

@@ -121,20 +121,20 @@ OneSampleRunsResult RunsTest(std::span<const std::uint8_t> classes) {
     const std::size_t n1 = result.fFirstCount;
     const std::size_t n2 = result.fSecondCount;
     if (classes.empty()) {
-        result.fReason = OneSampleReason::kNoCases;
+        result.fOutcome = Outcome::kNoCases;
         return result;
     }
     result.fRuns = static_cast<double>(runs);
     if (classes.size() < 2) {
-        result.fReason = OneSampleReason::kTooFewCases;
+        result.fOutcome = Outcome::kTooFewCases;
         return result;
     }
     if (n1 == 0 || n2 == 0) {
-        result.fReason = OneSampleReason::kOneCategory;
+        result.fOutcome = Outcome::kOneCategory;
         return result;
     }
     if (n1 == 1 && n2 == 1) {
-        result.fReason = OneSampleReason::kTooFewCases;
+        result.fOutcome = Outcome::kTooFewCases;
         return result;
     }
     const double n = static_cast<double>(n1 + n2);
@@ -175,7 +175,7 @@ OneSampleRunsResult RunsTestByCategories(std::span<const double> values,
     for (double v : first) {
         if (contains(second, v)) {
             OneSampleRunsResult result;
-            result.fReason = OneSampleReason::kBadParameter;
+            result.fOutcome = Outcome::kBadParameter;
             return result;
         }
     }

@@ -19,26 +19,23 @@ enum class RunsCut { kMedian, kMean, kValue };
 // The cut point of `values` for a cut kind (`value` is returned for kValue).
 double RunsCutPoint(std::span<const double> values, RunsCut cut, double value = 0);
 
-struct OneSampleRunsResult {
-    OneSampleReason fReason = OneSampleReason::kComputed;
+struct OneSampleRunsResult : TestOutcome {
     std::size_t fTotalN = 0;            // cases in the sequence
     std::size_t fFirstCount = 0;        // cases of the first class (below the cut point)
     std::size_t fSecondCount = 0;       // cases of the second class (at or above the cut point)
     std::size_t fExcluded = 0;          // cases in neither category list (category form only)
     std::vector<double> fValuesOutside; // distinct values of the excluded cases, ascending
-    double fRuns = kNotApplicable;      // observed number of runs
-    double fMean = kNotApplicable;      // 2 n1 n2 / N + 1
-    double fStdDev = kNotApplicable;    // standard deviation (and standard error) of the runs
+    double fRuns = kNoValue;            // observed number of runs
+    double fMean = kNoValue;            // 2 n1 n2 / N + 1
+    double fStdDev = kNoValue;          // standard deviation (and standard error) of the runs
     // (runs - mean) over the standard deviation; below kRunsExactMaxCases cases the
     // difference is first moved 0.5 toward zero (not past it).
-    double fStandardized = kNotApplicable;
-    double fAsymptoticSig2Tailed = kNotApplicable; // two-sided normal tail of fStandardized
-    double fExactSigLess = kNotApplicable;         // P(R <= runs), every N
-    double fExactSigGreater = kNotApplicable;      // P(R >= runs), every N
-    double fExactSig2Tailed = kNotApplicable;      // twice the smaller tail, at most 1
+    double fStandardized = kNoValue;
+    double fAsymptoticSig2Tailed = kNoValue; // two-sided normal tail of fStandardized
+    double fExactSigLess = kNoValue;         // P(R <= runs), every N
+    double fExactSigGreater = kNoValue;      // P(R >= runs), every N
+    double fExactSig2Tailed = kNoValue;      // twice the smaller tail, at most 1
     bool fExactIsReported = false; // N <= kRunsExactMaxCases: report the exact significance
-
-    bool Computed() const { return fReason == OneSampleReason::kComputed; }
 };
 
 // Runs of a sequence of classes (0 = first class, anything else = second), in case order.

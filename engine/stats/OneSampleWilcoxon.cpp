@@ -12,11 +12,11 @@ OneSampleWilcoxonResult OneSampleWilcoxon(std::span<const double> values,
     result.fTotalN = values.size();
     result.fHypothesizedMedian = hypothesizedMedian;
     if (values.empty()) {
-        result.fReason = OneSampleReason::kNoCases;
+        result.fOutcome = Outcome::kNoCases;
         return result;
     }
     if (!std::isfinite(hypothesizedMedian)) {
-        result.fReason = OneSampleReason::kBadParameter;
+        result.fOutcome = Outcome::kBadParameter;
         return result;
     }
     result.fObservedMedian = Median(values);
@@ -32,7 +32,7 @@ OneSampleWilcoxonResult OneSampleWilcoxon(std::span<const double> values,
     result.fNegative = sums.fNegative;
     result.fZero = sums.fZero;
     if (sums.NonZero() == 0) {
-        result.fReason = OneSampleReason::kAllDifferencesZero;
+        result.fOutcome = Outcome::kAllAtTestValue;
         return result;
     }
     const double n = static_cast<double>(sums.NonZero());

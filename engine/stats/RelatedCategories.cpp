@@ -8,6 +8,8 @@
 #include <boost/math/distributions/chi_squared.hpp>
 #include <boost/math/distributions/normal.hpp>
 
+#include "engine/stats/RelatedPairs.h"
+
 namespace {
 
 bool Contains(std::span<const double> list, double value) {
@@ -52,7 +54,7 @@ McNemarResult McNemar(std::span<const double> first, std::span<const double> sec
                       std::span<const double> success, std::span<const double> failure) {
     McNemarResult result;
     if (first.size() != second.size()) {
-        result.fOutcome = RelatedOutcome::kUnequalLengths;
+        result.fOutcome = Outcome::kUnequalLengths;
         return result;
     }
     // 1 success, 0 failure, -1 outside the categories.
@@ -77,13 +79,13 @@ McNemarResult McNemar(std::span<const double> first, std::span<const double> sec
         }
     }
     if (result.fTotalN < 2) {
-        result.fOutcome = RelatedOutcome::kTooFewCases;
+        result.fOutcome = Outcome::kTooFewCases;
         return result;
     }
     const double b = result.fCounts[0][1];
     const double c = result.fCounts[1][0];
     if (b + c == 0) {
-        result.fOutcome = RelatedOutcome::kAllDifferencesZero;
+        result.fOutcome = Outcome::kAllPairsTied;
         return result;
     }
     const double excess = std::fabs(b - c) - 1.0;
@@ -110,12 +112,12 @@ MarginalHomogeneityResult MarginalHomogeneity(std::span<const double> first,
     const auto finite = [](double v) { return std::isfinite(v); };
     if (!std::all_of(first.begin(), first.end(), finite) ||
         !std::all_of(second.begin(), second.end(), finite)) {
-        result.fOutcome = RelatedOutcome::kNotFinite;
+        result.fOutcome = Outcome::kNotFinite;
         return result;
     }
     result.fCrosstab = Crosstab(first, second);
     if (result.fCrosstab.fCategories.size() < 2) {
-        result.fOutcome = RelatedOutcome::kOneCategory;
+        result.fOutcome = Outcome::kOneCategory;
         return result;
     }
     // Sums over the off-diagonal cells of the table, so that the result does
@@ -143,7 +145,7 @@ MarginalHomogeneityResult MarginalHomogeneity(std::span<const double> first,
     }
     result.fOffDiagonalN = static_cast<std::size_t>(offDiagonal);
     if (offDiagonal == 0) {
-        result.fOutcome = RelatedOutcome::kAllDifferencesZero;
+        result.fOutcome = Outcome::kAllPairsTied;
         return result;
     }
     result.fStatistic = observed;

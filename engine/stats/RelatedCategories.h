@@ -10,7 +10,7 @@
 #include <span>
 #include <vector>
 
-#include "engine/stats/RelatedOutcome.h"
+#include "engine/stats/Outcome.h"
 
 // Counts of the cases by the category of the first field (rows) and of the
 // second (columns). The categories are the distinct values of both fields
@@ -32,19 +32,17 @@ CategoryCrosstab Crosstab(std::span<const double> first, std::span<const double>
 // binomial significance of b in b + c trials (p = 1/2) is reported when
 // b + c is at most kMcNemarExactMax; both are always computed.
 inline constexpr std::size_t kMcNemarExactMax = 25;
-struct McNemarResult {
-    RelatedOutcome fOutcome = RelatedOutcome::kComputed;
+struct McNemarResult : TestOutcome {
     std::size_t fTotalN = 0; // cases whose both values are in the categories
     // fCounts[first][second]; index 0 failure, 1 success.
     std::array<std::array<double, 2>, 2> fCounts{};
-    double fStatistic = kRelatedNoValue;
+    double fStatistic = kNoValue;
     double fDegreesOfFreedom = 1;
-    double fAsymptoticSig = kRelatedNoValue;
-    double fExactSig = kRelatedNoValue;
+    double fAsymptoticSig = kNoValue;
+    double fExactSig = kNoValue;
     bool fExactReported = false;
     std::vector<double> fFirstOutside;  // distinct values of the first field outside the lists
     std::vector<double> fSecondOutside; // the same for the second field
-    bool Computed() const { return fOutcome == RelatedOutcome::kComputed; }
 };
 McNemarResult McNemar(std::span<const double> first, std::span<const double> second,
                       std::span<const double> success, std::span<const double> failure = {});
@@ -54,17 +52,15 @@ McNemarResult McNemar(std::span<const double> first, std::span<const double> sec
 // first field's scores against its expectation (x + y)/2 per case, with
 // variance (x - y)^2 / 4 per case; the standardized statistic is standard
 // normal under homogeneity.
-struct MarginalHomogeneityResult {
-    RelatedOutcome fOutcome = RelatedOutcome::kComputed;
+struct MarginalHomogeneityResult : TestOutcome {
     std::size_t fTotalN = 0;
     std::size_t fOffDiagonalN = 0; // cases whose two values differ
     CategoryCrosstab fCrosstab;
-    double fStatistic = kRelatedNoValue; // sum of first-field scores, off-diagonal cases
-    double fExpected = kRelatedNoValue;
-    double fStandardError = kRelatedNoValue;
-    double fStandardized = kRelatedNoValue;
-    double fAsymptoticSig = kRelatedNoValue; // two-sided
-    bool Computed() const { return fOutcome == RelatedOutcome::kComputed; }
+    double fStatistic = kNoValue; // sum of first-field scores, off-diagonal cases
+    double fExpected = kNoValue;
+    double fStandardError = kNoValue;
+    double fStandardized = kNoValue;
+    double fAsymptoticSig = kNoValue; // two-sided
 };
 MarginalHomogeneityResult MarginalHomogeneity(std::span<const double> first,
                                               std::span<const double> second);

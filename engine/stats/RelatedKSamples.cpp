@@ -20,18 +20,18 @@ namespace {
 template <typename Result> bool CheckColumns(RelatedColumns columns, Result& result) {
     result.fFields = columns.size();
     if (columns.size() < 2) {
-        result.fOutcome = RelatedOutcome::kTooFewFields;
+        result.fOutcome = Outcome::kTooFewFields;
         return false;
     }
     result.fTotalN = columns[0].size();
     for (const auto& column : columns) {
         if (column.size() != result.fTotalN) {
-            result.fOutcome = RelatedOutcome::kUnequalLengths;
+            result.fOutcome = Outcome::kUnequalLengths;
             return false;
         }
     }
     if (result.fTotalN < 2) {
-        result.fOutcome = RelatedOutcome::kTooFewCases;
+        result.fOutcome = Outcome::kTooFewCases;
         return false;
     }
     return true;
@@ -193,7 +193,7 @@ FriedmanResult Friedman(RelatedColumns columns) {
     const double denominator = nd * kd * (kd + 1) - result.fTieSum / (kd - 1);
     result.fDegreesOfFreedom = kd - 1;
     if (!(denominator > 0)) {
-        result.fOutcome = RelatedOutcome::kNoVariance;
+        result.fOutcome = Outcome::kNoVariance;
         return result;
     }
     result.fStatistic = 12.0 * squares / denominator;
@@ -234,7 +234,7 @@ CochranResult CochranQ(RelatedColumns columns, std::span<const double> success) 
     // Both sums are exact integers; kN - sum R_i^2 = sum R_i (k - R_i) >= 0.
     const double denominator = static_cast<double>(k * total - rowSquares);
     if (!(denominator > 0)) {
-        result.fOutcome = RelatedOutcome::kNoVariance;
+        result.fOutcome = Outcome::kNoVariance;
         return result;
     }
     const double numerator = static_cast<double>(k * fieldSquares - total * total);

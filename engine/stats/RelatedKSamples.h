@@ -9,7 +9,7 @@
 #include <span>
 #include <vector>
 
-#include "engine/stats/RelatedOutcome.h"
+#include "engine/stats/Outcome.h"
 
 using RelatedColumns = std::span<const std::span<const double>>;
 
@@ -25,18 +25,16 @@ struct RankCount {
 // within cases, chi-square on k - 1 degrees of freedom. Kendall's W of the
 // same ranks is statistic / (n(k-1)): the tie-corrected coefficient
 // 12 S / (n^2 (k^3 - k) - n T).
-struct FriedmanResult {
-    RelatedOutcome fOutcome = RelatedOutcome::kComputed;
+struct FriedmanResult : TestOutcome {
     std::size_t fTotalN = 0; // cases
     std::size_t fFields = 0; // k
-    double fStatistic = kRelatedNoValue;
-    double fDegreesOfFreedom = kRelatedNoValue;
-    double fAsymptoticSig = kRelatedNoValue;
-    double fKendallW = kRelatedNoValue;
+    double fStatistic = kNoValue;
+    double fDegreesOfFreedom = kNoValue;
+    double fAsymptoticSig = kNoValue;
+    double fKendallW = kNoValue;
     double fTieSum = 0;
     std::vector<double> fMeanRanks;                  // per field
     std::vector<std::vector<RankCount>> fRankCounts; // per field, ascending by rank
-    bool Computed() const { return fOutcome == RelatedOutcome::kComputed; }
 };
 FriedmanResult Friedman(RelatedColumns columns);
 
@@ -44,16 +42,14 @@ FriedmanResult Friedman(RelatedColumns columns);
 // any other value a failure. Q = (k-1)(k sum_j T_j^2 - N^2) / (kN - sum_i R_i^2)
 // with T_j the successes of field j, R_i those of case i and N their total,
 // chi-square on k - 1 degrees of freedom.
-struct CochranResult {
-    RelatedOutcome fOutcome = RelatedOutcome::kComputed;
+struct CochranResult : TestOutcome {
     std::size_t fTotalN = 0;
     std::size_t fFields = 0;
-    double fStatistic = kRelatedNoValue;
-    double fDegreesOfFreedom = kRelatedNoValue;
-    double fAsymptoticSig = kRelatedNoValue;
-    std::vector<double> fSuccesses;              // per field
-    double fPairStandardError = kRelatedNoValue; // sqrt(2(kN - sum R_i^2) / (n^2 k(k-1)))
-    bool Computed() const { return fOutcome == RelatedOutcome::kComputed; }
+    double fStatistic = kNoValue;
+    double fDegreesOfFreedom = kNoValue;
+    double fAsymptoticSig = kNoValue;
+    std::vector<double> fSuccesses;       // per field
+    double fPairStandardError = kNoValue; // sqrt(2(kN - sum R_i^2) / (n^2 k(k-1)))
 };
 CochranResult CochranQ(RelatedColumns columns, std::span<const double> success);
 
@@ -63,11 +59,11 @@ CochranResult CochranQ(RelatedColumns columns, std::span<const double> success);
 struct RelatedComparison {
     std::size_t fFirst = 0;
     std::size_t fSecond = 0;
-    double fStatistic = kRelatedNoValue;
-    double fStdError = kRelatedNoValue;
-    double fStdStatistic = kRelatedNoValue; // standardized statistic
-    double fSig = kRelatedNoValue;
-    double fAdjustedSig = kRelatedNoValue;
+    double fStatistic = kNoValue;
+    double fStdError = kNoValue;
+    double fStdStatistic = kNoValue; // standardized statistic
+    double fSig = kNoValue;
+    double fAdjustedSig = kNoValue;
 };
 
 // Pairwise comparisons of the fields. The first field of a

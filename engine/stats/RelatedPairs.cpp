@@ -74,7 +74,7 @@ SignTestResult SignTest(std::span<const double> first, std::span<const double> s
     result.fCounts = CountSigns(first.size(), [&](std::size_t i) { return second[i] - first[i]; });
     const std::size_t m = result.fCounts.fNegative + result.fCounts.fPositive;
     if (m == 0) {
-        result.fOutcome = RelatedOutcome::kAllDifferencesZero;
+        result.fOutcome = Outcome::kAllPairsTied;
         return result;
     }
     const double positives = static_cast<double>(result.fCounts.fPositive);
@@ -100,7 +100,7 @@ WilcoxonResult WilcoxonSignedRank(std::span<const double> first, std::span<const
     const SignedRankSums sums = SignedRanks(differences);
     result.fCounts = {sums.fNegative, sums.fZero, sums.fPositive};
     if (sums.NonZero() == 0) {
-        result.fOutcome = RelatedOutcome::kAllDifferencesZero;
+        result.fOutcome = Outcome::kAllPairsTied;
         return result;
     }
     result.fStatistic = sums.fStatistic;
@@ -121,7 +121,7 @@ double SortedWalshOrderStatistic(const std::vector<double>& x, std::size_t k) {
     const std::size_t n = x.size();
     const std::size_t total = n * (n + 1) / 2;
     if (n == 0 || k < 1 || k > total) {
-        return kRelatedNoValue;
+        return kNoValue;
     }
     // Row i holds the sums x[i] + x[j] for j = i..n-1, ascending in j. The
     // k-th smallest sum lies among the candidates lo[i] <= j < hi[i] of each
@@ -204,7 +204,7 @@ double SortedWalshOrderStatistic(const std::vector<double>& x, std::size_t k) {
 
 double WalshAverageOrderStatistic(std::span<const double> values, std::size_t k) {
     if (!std::all_of(values.begin(), values.end(), [](double v) { return std::isfinite(v); })) {
-        return kRelatedNoValue;
+        return kNoValue;
     }
     std::vector<double> x(values.begin(), values.end());
     std::sort(x.begin(), x.end());
@@ -219,14 +219,14 @@ PairedHodgesLehmannResult HodgesLehmannPaired(std::span<const double> first,
         return result;
     }
     if (!(level > 0 && level < 1)) {
-        result.fOutcome = RelatedOutcome::kInvalidLevel;
+        result.fOutcome = Outcome::kBadParameter;
         return result;
     }
     // The Walsh averages of the keys are exact (whole numbers or halves).
     const DecimalGrid grid = DecimalGrid::Of({first, second});
     std::vector<double> d = GridDifferences(grid, first, second);
     if (!std::all_of(d.begin(), d.end(), [](double v) { return std::isfinite(v); })) {
-        result.fOutcome = RelatedOutcome::kNotFinite;
+        result.fOutcome = Outcome::kNotFinite;
         return result;
     }
     std::sort(d.begin(), d.end());

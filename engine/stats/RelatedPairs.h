@@ -11,7 +11,24 @@
 #include <utility>
 #include <vector>
 
-#include "engine/stats/RelatedOutcome.h"
+#include "engine/stats/Outcome.h"
+
+// The check that opens every two-field test: both fields hold the same number
+// of cases (sets `result.fTotalN`), at least two. False, with the outcome
+// set, when not.
+template <typename Result>
+bool ArePairedCases(std::size_t firstSize, std::size_t secondSize, Result& result) {
+    if (firstSize != secondSize) {
+        result.fOutcome = Outcome::kUnequalLengths;
+        return false;
+    }
+    result.fTotalN = firstSize;
+    if (result.fTotalN < 2) {
+        result.fOutcome = Outcome::kTooFewCases;
+        return false;
+    }
+    return true;
+}
 
 // Counts of the signs of the differences second - first.
 struct DifferenceCounts {
@@ -31,36 +48,32 @@ DifferenceCounts CountDifferenceSigns(std::span<const double> differences);
 // kSignTestExactMax nonzero differences; the normal approximation with a
 // continuity correction of one half otherwise. Both are always computed.
 inline constexpr std::size_t kSignTestExactMax = 25;
-struct SignTestResult {
-    RelatedOutcome fOutcome = RelatedOutcome::kComputed;
+struct SignTestResult : TestOutcome {
     std::size_t fTotalN = 0; // complete cases
     DifferenceCounts fCounts;
-    double fStatistic = kRelatedNoValue;     // number of positive differences
-    double fStandardError = kRelatedNoValue; // sqrt(m) / 2 for m nonzero differences
-    double fStandardized = kRelatedNoValue;  // (positives - m/2 -+ 1/2) / standard error
-    double fAsymptoticSig = kRelatedNoValue; // two-sided, from the standardized statistic
-    double fExactSig = kRelatedNoValue;      // two-sided binomial
-    bool fExactReported = false;             // the exact significance is the one to report
-    bool Computed() const { return fOutcome == RelatedOutcome::kComputed; }
+    double fStatistic = kNoValue;     // number of positive differences
+    double fStandardError = kNoValue; // sqrt(m) / 2 for m nonzero differences
+    double fStandardized = kNoValue;  // (positives - m/2 -+ 1/2) / standard error
+    double fAsymptoticSig = kNoValue; // two-sided, from the standardized statistic
+    double fExactSig = kNoValue;      // two-sided binomial
+    bool fExactReported = false;      // the exact significance is the one to report
 };
 SignTestResult SignTest(std::span<const double> first, std::span<const double> second);
 
 // Wilcoxon signed-rank test of the differences at the precision of the data
 // (SignedRanks and DecimalGrid in Differences.h): the exact significance up
 // to kSignedRankExactMax nonzero differences.
-struct WilcoxonResult {
-    RelatedOutcome fOutcome = RelatedOutcome::kComputed;
+struct WilcoxonResult : TestOutcome {
     std::size_t fTotalN = 0; // complete cases
     DifferenceCounts fCounts;
-    double fStatistic = kRelatedNoValue;     // sum of the ranks of the positive differences
-    double fExpected = kRelatedNoValue;      // m(m+1)/4 for m nonzero differences
-    double fStandardError = kRelatedNoValue; // tie-corrected
-    double fStandardized = kRelatedNoValue;  // (statistic - expected) / standard error
-    double fAsymptoticSig = kRelatedNoValue; // two-sided
-    double fExactSig = kRelatedNoValue;      // two-sided, when fHasExact
+    double fStatistic = kNoValue;     // sum of the ranks of the positive differences
+    double fExpected = kNoValue;      // m(m+1)/4 for m nonzero differences
+    double fStandardError = kNoValue; // tie-corrected
+    double fStandardized = kNoValue;  // (statistic - expected) / standard error
+    double fAsymptoticSig = kNoValue; // two-sided
+    double fExactSig = kNoValue;      // two-sided, when fHasExact
     bool fHasExact = false;
     double fTieSum = 0; // sum of t^3 - t over tied groups of absolute differences
-    bool Computed() const { return fOutcome == RelatedOutcome::kComputed; }
 };
 WilcoxonResult WilcoxonSignedRank(std::span<const double> first, std::span<const double> second);
 
@@ -73,16 +86,14 @@ WilcoxonResult WilcoxonSignedRank(std::span<const double> first, std::span<const
 // sample and there are no bounds. Differences are taken at the precision of
 // the data. Walsh averages are never all stored: the
 // order statistics are selected in O(n log n) expected time.
-struct PairedHodgesLehmannResult {
-    RelatedOutcome fOutcome = RelatedOutcome::kComputed;
+struct PairedHodgesLehmannResult : TestOutcome {
     std::size_t fTotalN = 0;
-    double fEstimate = kRelatedNoValue;
-    double fLower = kRelatedNoValue;
-    double fUpper = kRelatedNoValue;
-    double fLevel = kRelatedNoValue;
+    double fEstimate = kNoValue;
+    double fLower = kNoValue;
+    double fUpper = kNoValue;
+    double fLevel = kNoValue;
     std::size_t fRankOfBound = 0;   // c above
     bool fIntervalReachable = true; // false: too few cases for an interval at the level
-    bool Computed() const { return fOutcome == RelatedOutcome::kComputed; }
 };
 PairedHodgesLehmannResult HodgesLehmannPaired(std::span<const double> first,
                                               std::span<const double> second, double level);

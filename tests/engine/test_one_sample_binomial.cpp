@@ -166,13 +166,13 @@ TEST(OneSampleBinomial, DoubledTailAgreesWithClopperPearson) {
 }
 
 TEST(OneSampleBinomial, CannotCompute) {
-    EXPECT_EQ(BinomialTest(0, 0, 0.5).fReason, OneSampleReason::kNoCases);
-    EXPECT_EQ(BinomialTest(3, 5, 0).fReason, OneSampleReason::kBadParameter);
-    EXPECT_EQ(BinomialTest(3, 5, 1).fReason, OneSampleReason::kBadParameter);
-    EXPECT_EQ(BinomialTest(6, 5, 0.5).fReason, OneSampleReason::kBadParameter);
-    EXPECT_EQ(SuccessRateIntervalsOf(0, 0, 0.95).fReason, OneSampleReason::kNoCases);
-    EXPECT_EQ(SuccessRateIntervalsOf(2, 5, 95).fReason, OneSampleReason::kBadParameter);
-    EXPECT_EQ(SuccessRateIntervalsOf(2, 5, 1).fReason, OneSampleReason::kBadParameter);
+    EXPECT_EQ(BinomialTest(0, 0, 0.5).fOutcome, Outcome::kNoCases);
+    EXPECT_EQ(BinomialTest(3, 5, 0).fOutcome, Outcome::kBadParameter);
+    EXPECT_EQ(BinomialTest(3, 5, 1).fOutcome, Outcome::kBadParameter);
+    EXPECT_EQ(BinomialTest(6, 5, 0.5).fOutcome, Outcome::kBadParameter);
+    EXPECT_EQ(SuccessRateIntervalsOf(0, 0, 0.95).fOutcome, Outcome::kNoCases);
+    EXPECT_EQ(SuccessRateIntervalsOf(2, 5, 95).fOutcome, Outcome::kBadParameter);
+    EXPECT_EQ(SuccessRateIntervalsOf(2, 5, 1).fOutcome, Outcome::kBadParameter);
     EXPECT_TRUE(std::isnan(ClopperPearsonInterval(2, 5, 0).fLower));
     // Cut point and categories on no values.
     EXPECT_EQ(CountByCutPoint({}, 1).fSuccesses, 0u);

@@ -30,7 +30,7 @@ void ExpectMatchChisqTest(const std::vector<ChiSquareCase>& cases) {
     std::size_t at = 0;
     for (const OneSampleChiSquareResult& result : results) {
         SCOPED_TRACE(testing::Message() << "case of " << result.fTotalN << " cases");
-        ASSERT_TRUE(result.Computed()) << OneSampleReasonText(result.fReason);
+        ASSERT_TRUE(result.Computed()) << OutcomeText(result.fOutcome);
         const std::size_t k = result.fCategories.size();
         ASSERT_LE(at + 3 + k, r.size());
         EXPECT_STAT(result.fStatistic, r[at]);
@@ -85,18 +85,16 @@ TEST(OneSampleChiSquare, MatchesChisqTestOnRDatasetsAndRandomData) {
 
 TEST(OneSampleChiSquare, CannotCompute) {
     const std::vector<double> same{3, 3, 3};
-    EXPECT_EQ(ChiSquareGoodnessOfFit(same).fReason, OneSampleReason::kOneCategory);
-    EXPECT_EQ(ChiSquareGoodnessOfFit({}).fReason, OneSampleReason::kOneCategory);
+    EXPECT_EQ(ChiSquareGoodnessOfFit(same).fOutcome, Outcome::kOneCategory);
+    EXPECT_EQ(ChiSquareGoodnessOfFit({}).fOutcome, Outcome::kOneCategory);
     const std::vector<double> categories{1, 2};
     const std::vector<double> elsewhere{5, 6};
-    EXPECT_EQ(ChiSquareGoodnessOfFit(elsewhere, categories).fReason, OneSampleReason::kNoCases);
+    EXPECT_EQ(ChiSquareGoodnessOfFit(elsewhere, categories).fOutcome, Outcome::kNoCases);
     const std::vector<double> values{1, 2, 2};
     const std::vector<double> zero{1, 0};
     const std::vector<double> three{1, 1, 1};
     const std::vector<double> twice{1, 1};
-    EXPECT_EQ(ChiSquareGoodnessOfFit(values, categories, zero).fReason,
-              OneSampleReason::kBadParameter);
-    EXPECT_EQ(ChiSquareGoodnessOfFit(values, categories, three).fReason,
-              OneSampleReason::kBadParameter);
-    EXPECT_EQ(ChiSquareGoodnessOfFit(values, twice).fReason, OneSampleReason::kBadParameter);
+    EXPECT_EQ(ChiSquareGoodnessOfFit(values, categories, zero).fOutcome, Outcome::kBadParameter);
+    EXPECT_EQ(ChiSquareGoodnessOfFit(values, categories, three).fOutcome, Outcome::kBadParameter);
+    EXPECT_EQ(ChiSquareGoodnessOfFit(values, twice).fOutcome, Outcome::kBadParameter);
 }

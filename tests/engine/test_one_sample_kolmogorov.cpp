@@ -77,7 +77,7 @@ TEST(OneSampleKolmogorov, GivenParametersMatchKsTest) {
         SCOPED_TRACE(cases[i].fData + " against " + cases[i].fRArguments);
         const OneSampleKsResult result =
             OneSampleKolmogorovSmirnov(data[i], cases[i].fDistribution, cases[i].fParameters);
-        ASSERT_TRUE(result.Computed()) << OneSampleReasonText(result.fReason);
+        ASSERT_TRUE(result.Computed()) << OutcomeText(result.fOutcome);
         EXPECT_FALSE(result.fFromSample);
         EXPECT_STAT(result.fAbsolute, r[4 * i]);
         EXPECT_STAT(result.fPositive, r[4 * i + 1]);
@@ -117,7 +117,7 @@ TEST(OneSampleKolmogorov, SampleParametersMatchKsTestAndLillieTest) {
         const double* row = &r[7 * i];
         const OneSampleKsResult normal =
             OneSampleKolmogorovSmirnov(data[i], KsDistribution::kNormal);
-        ASSERT_TRUE(normal.Computed()) << OneSampleReasonText(normal.fReason);
+        ASSERT_TRUE(normal.Computed()) << OutcomeText(normal.fOutcome);
         EXPECT_TRUE(normal.fFromSample);
         EXPECT_STAT(normal.fParameters.fFirst, row[5]);
         EXPECT_STAT(normal.fParameters.fSecond, row[6]);
@@ -130,7 +130,7 @@ TEST(OneSampleKolmogorov, SampleParametersMatchKsTestAndLillieTest) {
         const OneSampleKsResult exponential =
             OneSampleKolmogorovSmirnov(data[i], KsDistribution::kExponential);
         if (std::isnan(row[4])) {
-            EXPECT_EQ(exponential.fReason, OneSampleReason::kOutsideSupport);
+            EXPECT_EQ(exponential.fOutcome, Outcome::kOutsideSupport);
         } else {
             EXPECT_STAT(exponential.fAbsolute, row[4]);
         }
@@ -165,7 +165,7 @@ TEST(OneSampleKolmogorov, PoissonMatchesTheDefinitionInR) {
             given ? OneSampleKolmogorovSmirnov(data[0], KsDistribution::kPoisson,
                                                KsParameters{2.5, 0})
                   : OneSampleKolmogorovSmirnov(data[i], KsDistribution::kPoisson);
-        ASSERT_TRUE(result.Computed()) << OneSampleReasonText(result.fReason);
+        ASSERT_TRUE(result.Computed()) << OutcomeText(result.fOutcome);
         EXPECT_STAT(result.fPositive, r[4 * i]);
         EXPECT_STAT(result.fNegative, -r[4 * i + 1]);
         EXPECT_SIG(result.fAsymptoticSig2Tailed, r[4 * i + 2]);
@@ -284,41 +284,41 @@ TEST(OneSampleKolmogorov, AsymptoticSignificanceUnderTheHypothesisBySimulation) 
 }
 
 TEST(OneSampleKolmogorov, CannotCompute) {
-    EXPECT_EQ(OneSampleKolmogorovSmirnov({}, KsDistribution::kNormal).fReason,
-              OneSampleReason::kNoCases);
+    EXPECT_EQ(OneSampleKolmogorovSmirnov({}, KsDistribution::kNormal).fOutcome, Outcome::kNoCases);
     const std::vector<double> one{2};
     const std::vector<double> same{2, 2, 2, 2, 2, 2};
     const std::vector<double> four{1, 2, 4, 3};
     const std::vector<double> fraction{1, 2.5};
     const std::vector<double> negative{1, -2};
-    EXPECT_EQ(OneSampleKolmogorovSmirnov(one, KsDistribution::kNormal).fReason,
-              OneSampleReason::kTooFewCases);
-    EXPECT_EQ(OneSampleKolmogorovSmirnov(same, KsDistribution::kNormal).fReason,
-              OneSampleReason::kNoVariance);
-    EXPECT_EQ(OneSampleKolmogorovSmirnov(same, KsDistribution::kUniform).fReason,
-              OneSampleReason::kNoVariance);
+    EXPECT_EQ(OneSampleKolmogorovSmirnov(one, KsDistribution::kNormal).fOutcome,
+              Outcome::kTooFewCases);
+    EXPECT_EQ(OneSampleKolmogorovSmirnov(same, KsDistribution::kNormal).fOutcome,
+              Outcome::kNoVariance);
+    EXPECT_EQ(OneSampleKolmogorovSmirnov(same, KsDistribution::kUniform).fOutcome,
+              Outcome::kNoVariance);
     // Below five cases the normal statistic is there, its Lilliefors significance is not.
     const OneSampleKsResult small = OneSampleKolmogorovSmirnov(four, KsDistribution::kNormal);
-    EXPECT_EQ(small.fReason, OneSampleReason::kTooFewCases);
+    EXPECT_EQ(small.fOutcome, Outcome::kTooFewCases);
     EXPECT_GT(small.fAbsolute, 0);
     EXPECT_TRUE(std::isnan(small.fLillieforsSig));
-    EXPECT_EQ(OneSampleKolmogorovSmirnov(fraction, KsDistribution::kPoisson).fReason,
-              OneSampleReason::kOutsideSupport);
-    EXPECT_EQ(OneSampleKolmogorovSmirnov(negative, KsDistribution::kExponential).fReason,
-              OneSampleReason::kOutsideSupport);
-    EXPECT_EQ(OneSampleKolmogorovSmirnov(four, KsDistribution::kNormal, KsParameters{0, 0}).fReason,
-              OneSampleReason::kBadParameter);
+    EXPECT_EQ(OneSampleKolmogorovSmirnov(fraction, KsDistribution::kPoisson).fOutcome,
+              Outcome::kOutsideSupport);
+    EXPECT_EQ(OneSampleKolmogorovSmirnov(negative, KsDistribution::kExponential).fOutcome,
+              Outcome::kOutsideSupport);
     EXPECT_EQ(
-        OneSampleKolmogorovSmirnov(four, KsDistribution::kUniform, KsParameters{3, 1}).fReason,
-        OneSampleReason::kBadParameter);
+        OneSampleKolmogorovSmirnov(four, KsDistribution::kNormal, KsParameters{0, 0}).fOutcome,
+        Outcome::kBadParameter);
     EXPECT_EQ(
-        OneSampleKolmogorovSmirnov(four, KsDistribution::kPoisson, KsParameters{-1, 0}).fReason,
-        OneSampleReason::kBadParameter);
+        OneSampleKolmogorovSmirnov(four, KsDistribution::kUniform, KsParameters{3, 1}).fOutcome,
+        Outcome::kBadParameter);
+    EXPECT_EQ(
+        OneSampleKolmogorovSmirnov(four, KsDistribution::kPoisson, KsParameters{-1, 0}).fOutcome,
+        Outcome::kBadParameter);
     const std::vector<double> zeros{0, 0, 0};
-    EXPECT_EQ(OneSampleKolmogorovSmirnov(zeros, KsDistribution::kExponential).fReason,
-              OneSampleReason::kNoVariance);
+    EXPECT_EQ(OneSampleKolmogorovSmirnov(zeros, KsDistribution::kExponential).fOutcome,
+              Outcome::kNoVariance);
     EXPECT_EQ(OneSampleKolmogorovSmirnov(four, KsDistribution::kExponential,
                                          KsParameters{std::nan(""), 0})
-                  .fReason,
-              OneSampleReason::kBadParameter);
+                  .fOutcome,
+              Outcome::kBadParameter);
 }

@@ -108,22 +108,22 @@ TEST(OneSampleMonteCarlo, ReportsProgress) {
 
 TEST(OneSampleMonteCarlo, CannotCompute) {
     const OneSampleKsResult normal = Observed(KsDistribution::kNormal, 20, 0.1);
-    EXPECT_EQ(LillieforsMonteCarlo(normal, 0, 0.99, 1).fReason, OneSampleReason::kBadParameter);
-    EXPECT_EQ(LillieforsMonteCarlo(normal, 10, 99, 1).fReason, OneSampleReason::kBadParameter);
+    EXPECT_EQ(LillieforsMonteCarlo(normal, 0, 0.99, 1).fOutcome, Outcome::kBadParameter);
+    EXPECT_EQ(LillieforsMonteCarlo(normal, 10, 99, 1).fOutcome, Outcome::kBadParameter);
     EXPECT_EQ(
-        LillieforsMonteCarlo(Observed(KsDistribution::kPoisson, 20, 0.1), 10, 0.99, 1).fReason,
-        OneSampleReason::kBadParameter);
+        LillieforsMonteCarlo(Observed(KsDistribution::kPoisson, 20, 0.1), 10, 0.99, 1).fOutcome,
+        Outcome::kBadParameter);
     OneSampleKsResult given = normal;
     given.fFromSample = false;
-    EXPECT_EQ(LillieforsMonteCarlo(given, 10, 0.99, 1).fReason, OneSampleReason::kBadParameter);
-    EXPECT_EQ(LillieforsMonteCarlo(Observed(KsDistribution::kNormal, 2, 0.3), 10, 0.99, 1).fReason,
-              OneSampleReason::kTooFewCases);
+    EXPECT_EQ(LillieforsMonteCarlo(given, 10, 0.99, 1).fOutcome, Outcome::kBadParameter);
+    EXPECT_EQ(LillieforsMonteCarlo(Observed(KsDistribution::kNormal, 2, 0.3), 10, 0.99, 1).fOutcome,
+              Outcome::kTooFewCases);
     // A test that could not be computed passes its reason on.
     const std::vector<double> same{1, 1, 1, 1, 1};
     EXPECT_EQ(
         LillieforsMonteCarlo(OneSampleKolmogorovSmirnov(same, KsDistribution::kNormal), 10, 0.99, 1)
-            .fReason,
-        OneSampleReason::kNoVariance);
+            .fOutcome,
+        Outcome::kNoVariance);
     // Below five cases the normal statistic is still simulated.
     const std::vector<double> four{1, 2, 4, 3};
     EXPECT_TRUE(LillieforsMonteCarlo(OneSampleKolmogorovSmirnov(four, KsDistribution::kNormal), 100,

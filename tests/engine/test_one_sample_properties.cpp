@@ -125,7 +125,7 @@ TEST(OneSampleProperties, WilcoxonAndKolmogorovSmirnov) {
         ExpectSameOrBothNaN(a.fStatistic, b.fStatistic);
         ExpectSameOrBothNaN(a.fAsymptoticSig2Tailed, b.fAsymptoticSig2Tailed);
         ExpectSameOrBothNaN(a.fExactSig2Tailed, b.fExactSig2Tailed);
-        EXPECT_EQ(a.fReason, b.fReason);
+        EXPECT_EQ(a.fOutcome, b.fOutcome);
 
         for (KsDistribution d : {KsDistribution::kNormal, KsDistribution::kUniform,
                                  KsDistribution::kPoisson, KsDistribution::kExponential}) {
@@ -134,7 +134,7 @@ TEST(OneSampleProperties, WilcoxonAndKolmogorovSmirnov) {
                     estimated ? std::nullopt : std::optional(KsParameters{2.5, 4});
                 const OneSampleKsResult ka = OneSampleKolmogorovSmirnov(x, d, given);
                 const OneSampleKsResult kb = OneSampleKolmogorovSmirnov(y, d, given);
-                EXPECT_EQ(ka.fReason, kb.fReason);
+                EXPECT_EQ(ka.fOutcome, kb.fOutcome);
                 EXPECT_EQ(ka.fTotalN, x.size());
                 ExpectSameOrBothNaN(ka.fAbsolute, kb.fAbsolute);
                 ExpectSameOrBothNaN(ka.fAsymptoticSig2Tailed, kb.fAsymptoticSig2Tailed);
@@ -159,7 +159,7 @@ TEST(OneSampleProperties, RunsAndHistograms) {
             const OneSampleRunsResult a = RunsTestByCutPoint(x, point);
             const OneSampleRunsResult b = RunsTestByCutPoint(reversed, point);
             EXPECT_EQ(a.fFirstCount + a.fSecondCount, x.size());
-            EXPECT_EQ(a.fReason, b.fReason);
+            EXPECT_EQ(a.fOutcome, b.fOutcome);
             ExpectSameOrBothNaN(a.fRuns, b.fRuns);
             ExpectSameOrBothNaN(a.fExactSig2Tailed, b.fExactSig2Tailed);
             ExpectSig(a.fAsymptoticSig2Tailed);

@@ -71,7 +71,7 @@ runs <- function(x, cut) {
 )";
 
 void ExpectRunsMatch(const OneSampleRunsResult& result, const double* r) {
-    ASSERT_TRUE(result.Computed()) << OneSampleReasonText(result.fReason);
+    ASSERT_TRUE(result.Computed()) << OutcomeText(result.fOutcome);
     EXPECT_EQ(result.fFirstCount, r[1]);
     EXPECT_EQ(result.fSecondCount, r[2]);
     EXPECT_EQ(result.fRuns, r[3]);
@@ -141,19 +141,19 @@ TEST(OneSampleRuns, CategoriesOnRDatasets) {
 }
 
 TEST(OneSampleRuns, CannotCompute) {
-    EXPECT_EQ(RunsTest({}).fReason, OneSampleReason::kNoCases);
+    EXPECT_EQ(RunsTest({}).fOutcome, Outcome::kNoCases);
     const std::vector<std::uint8_t> one{1};
     const std::vector<std::uint8_t> same{1, 1, 1, 1};
     const std::vector<std::uint8_t> pair{0, 1};
-    EXPECT_EQ(RunsTest(one).fReason, OneSampleReason::kTooFewCases);
-    EXPECT_EQ(RunsTest(same).fReason, OneSampleReason::kOneCategory);
-    EXPECT_EQ(RunsTest(pair).fReason, OneSampleReason::kTooFewCases);
+    EXPECT_EQ(RunsTest(one).fOutcome, Outcome::kTooFewCases);
+    EXPECT_EQ(RunsTest(same).fOutcome, Outcome::kOneCategory);
+    EXPECT_EQ(RunsTest(pair).fOutcome, Outcome::kTooFewCases);
     // Every value at or above the cut.
     const std::vector<double> values{4, 5, 6};
-    EXPECT_EQ(RunsTestByCutPoint(values, 4).fReason, OneSampleReason::kOneCategory);
+    EXPECT_EQ(RunsTestByCutPoint(values, 4).fOutcome, Outcome::kOneCategory);
     EXPECT_EQ(
-        RunsTestByCategories(values, std::vector<double>{4, 5}, std::vector<double>{5}).fReason,
-        OneSampleReason::kBadParameter);
+        RunsTestByCategories(values, std::vector<double>{4, 5}, std::vector<double>{5}).fOutcome,
+        Outcome::kBadParameter);
     // The smallest sample that can vary: three cases.
     const std::vector<std::uint8_t> three{0, 1, 0};
     const OneSampleRunsResult result = RunsTest(three);

@@ -24,7 +24,7 @@ w <- function(x, mu) {
 
 void ExpectMatches(const std::vector<double>& x, double mu, const double* r) {
     const OneSampleWilcoxonResult result = OneSampleWilcoxon(x, mu);
-    ASSERT_TRUE(result.Computed()) << OneSampleReasonText(result.fReason);
+    ASSERT_TRUE(result.Computed()) << OutcomeText(result.fOutcome);
     EXPECT_STAT(result.fStatistic, r[0]);
     EXPECT_STAT(result.fStandardized, r[1]);
     EXPECT_SIG(result.fAsymptoticSig2Tailed, r[2]);
@@ -107,10 +107,10 @@ TEST(OneSampleWilcoxon, RandomDataWithoutTiesMatchesWilcoxTestExact) {
 }
 
 TEST(OneSampleWilcoxon, CannotCompute) {
-    EXPECT_EQ(OneSampleWilcoxon({}, 0).fReason, OneSampleReason::kNoCases);
+    EXPECT_EQ(OneSampleWilcoxon({}, 0).fOutcome, Outcome::kNoCases);
     const std::vector<double> same{4, 4, 4};
     const OneSampleWilcoxonResult result = OneSampleWilcoxon(same, 4);
-    EXPECT_EQ(result.fReason, OneSampleReason::kAllDifferencesZero);
+    EXPECT_EQ(result.fOutcome, Outcome::kAllAtTestValue);
     EXPECT_EQ(result.fZero, 3u);
     EXPECT_EQ(result.fObservedMedian, 4.0);
     // One non-zero difference is enough for a result (significance 1).

@@ -210,14 +210,14 @@ TEST(RelatedCategories, CrosstabAndCannotCompute) {
     const std::vector<double> same{2, 2, 2};
     const std::vector<double> one{2};
     const std::vector<double> success{2};
-    EXPECT_EQ(MarginalHomogeneity(same, same).fOutcome, RelatedOutcome::kOneCategory);
-    EXPECT_EQ(MarginalHomogeneity(a, a).fOutcome, RelatedOutcome::kAllDifferencesZero);
-    EXPECT_EQ(MarginalHomogeneity(one, one).fOutcome, RelatedOutcome::kTooFewCases);
-    EXPECT_EQ(MarginalHomogeneity(a, same).fOutcome, RelatedOutcome::kUnequalLengths);
-    EXPECT_EQ(McNemar(same, same, success).fOutcome, RelatedOutcome::kAllDifferencesZero);
-    EXPECT_EQ(McNemar(one, one, success).fOutcome, RelatedOutcome::kTooFewCases);
-    EXPECT_EQ(McNemar({}, {}, success).fOutcome, RelatedOutcome::kTooFewCases);
+    EXPECT_EQ(MarginalHomogeneity(same, same).fOutcome, Outcome::kOneCategory);
+    EXPECT_EQ(MarginalHomogeneity(a, a).fOutcome, Outcome::kAllPairsTied);
+    EXPECT_EQ(MarginalHomogeneity(one, one).fOutcome, Outcome::kTooFewCases);
+    EXPECT_EQ(MarginalHomogeneity(a, same).fOutcome, Outcome::kUnequalLengths);
+    EXPECT_EQ(McNemar(same, same, success).fOutcome, Outcome::kAllPairsTied);
+    EXPECT_EQ(McNemar(one, one, success).fOutcome, Outcome::kTooFewCases);
+    EXPECT_EQ(McNemar({}, {}, success).fOutcome, Outcome::kTooFewCases);
     const std::vector<double> withNaN{1, std::nan(""), 2};
-    EXPECT_EQ(MarginalHomogeneity(withNaN, same).fOutcome, RelatedOutcome::kNotFinite);
+    EXPECT_EQ(MarginalHomogeneity(withNaN, same).fOutcome, Outcome::kNotFinite);
     EXPECT_TRUE(Crosstab(withNaN, same).fCategories.empty());
 }

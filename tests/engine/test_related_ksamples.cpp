@@ -305,7 +305,7 @@ TEST(RelatedKSamples, KendallsWLiesInTheUnitInterval) {
                                          static_cast<double>(seed % 3));
         const FriedmanResult result = Friedman(Spans(fields));
         if (!result.Computed()) {
-            EXPECT_EQ(result.fOutcome, RelatedOutcome::kNoVariance);
+            EXPECT_EQ(result.fOutcome, Outcome::kNoVariance);
             continue;
         }
         EXPECT_GE(result.fKendallW, 0.0) << seed;
@@ -341,13 +341,13 @@ TEST(RelatedKSamples, CannotComputeSaysWhy) {
     const std::vector<double> b{1, 2};
     const std::vector<double> one{1};
     const std::vector<double> success{1};
-    EXPECT_EQ(Friedman(Spans({a})).fOutcome, RelatedOutcome::kTooFewFields);
-    EXPECT_EQ(Friedman({}).fOutcome, RelatedOutcome::kTooFewFields);
-    EXPECT_EQ(Friedman(Spans({a, b})).fOutcome, RelatedOutcome::kUnequalLengths);
-    EXPECT_EQ(Friedman(Spans({one, one})).fOutcome, RelatedOutcome::kTooFewCases);
-    EXPECT_EQ(Friedman(Spans({a, a, a})).fOutcome, RelatedOutcome::kNoVariance);
-    EXPECT_EQ(CochranQ(Spans({a, a}), success).fOutcome, RelatedOutcome::kNoVariance);
-    EXPECT_EQ(CochranQ(Spans({a, b}), success).fOutcome, RelatedOutcome::kUnequalLengths);
+    EXPECT_EQ(Friedman(Spans({a})).fOutcome, Outcome::kTooFewFields);
+    EXPECT_EQ(Friedman({}).fOutcome, Outcome::kTooFewFields);
+    EXPECT_EQ(Friedman(Spans({a, b})).fOutcome, Outcome::kUnequalLengths);
+    EXPECT_EQ(Friedman(Spans({one, one})).fOutcome, Outcome::kTooFewCases);
+    EXPECT_EQ(Friedman(Spans({a, a, a})).fOutcome, Outcome::kNoVariance);
+    EXPECT_EQ(CochranQ(Spans({a, a}), success).fOutcome, Outcome::kNoVariance);
+    EXPECT_EQ(CochranQ(Spans({a, b}), success).fOutcome, Outcome::kUnequalLengths);
     EXPECT_TRUE(FriedmanPairwise(Friedman(Spans({a, a}))).empty());
     EXPECT_TRUE(FriedmanStepwise(Spans({a, a}), Friedman(Spans({a, a})), 0.05).fRows.empty());
 }

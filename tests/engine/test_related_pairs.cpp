@@ -188,20 +188,20 @@ TEST(RelatedPairs, CannotComputeSaysWhy) {
     const std::vector<double> one{1.0};
     const std::vector<double> a{1, 2, 3};
     const std::vector<double> b{1, 2};
-    EXPECT_EQ(SignTest(empty, empty).fOutcome, RelatedOutcome::kTooFewCases);
-    EXPECT_EQ(WilcoxonSignedRank(one, one).fOutcome, RelatedOutcome::kTooFewCases);
-    EXPECT_EQ(SignTest(a, b).fOutcome, RelatedOutcome::kUnequalLengths);
-    EXPECT_EQ(HodgesLehmannPaired(a, b, 0.95).fOutcome, RelatedOutcome::kUnequalLengths);
-    EXPECT_EQ(SignTest(a, a).fOutcome, RelatedOutcome::kAllDifferencesZero);
+    EXPECT_EQ(SignTest(empty, empty).fOutcome, Outcome::kTooFewCases);
+    EXPECT_EQ(WilcoxonSignedRank(one, one).fOutcome, Outcome::kTooFewCases);
+    EXPECT_EQ(SignTest(a, b).fOutcome, Outcome::kUnequalLengths);
+    EXPECT_EQ(HodgesLehmannPaired(a, b, 0.95).fOutcome, Outcome::kUnequalLengths);
+    EXPECT_EQ(SignTest(a, a).fOutcome, Outcome::kAllPairsTied);
     const WilcoxonResult w = WilcoxonSignedRank(a, a);
-    EXPECT_EQ(w.fOutcome, RelatedOutcome::kAllDifferencesZero);
+    EXPECT_EQ(w.fOutcome, Outcome::kAllPairsTied);
     EXPECT_EQ(w.fCounts.fTies, 3u);
     EXPECT_TRUE(std::isnan(w.fAsymptoticSig));
-    EXPECT_EQ(HodgesLehmannPaired(a, a, 1.0).fOutcome, RelatedOutcome::kInvalidLevel);
+    EXPECT_EQ(HodgesLehmannPaired(a, a, 1.0).fOutcome, Outcome::kBadParameter);
     // A difference beyond the doubles (no reader lets one through) is refused.
     const std::vector<double> huge{-1.7e308, 0, 1};
     const std::vector<double> other{1.7e308, 0, 2};
-    EXPECT_EQ(HodgesLehmannPaired(huge, other, 0.95).fOutcome, RelatedOutcome::kNotFinite);
+    EXPECT_EQ(HodgesLehmannPaired(huge, other, 0.95).fOutcome, Outcome::kNotFinite);
     EXPECT_TRUE(std::isnan(WalshAverageOrderStatistic(PairedDifferences(huge, other), 1)));
     EXPECT_TRUE(WilcoxonSignedRank(huge, other).Computed());
     // Identical pairs still have an estimate: no difference at all. Three
