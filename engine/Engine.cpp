@@ -113,15 +113,6 @@ std::vector<double> FieldValues(const Dataset& data, int index, const SplitData:
     return values;
 }
 
-// Histogram bins of a continuous field, as the one-sample statistics choose them.
-std::vector<HistogramBin> Histogram(std::span<const double> values) {
-    std::vector<HistogramBin> bins;
-    for (const ValueBin& bin : MakeHistogram(values).fBins) {
-        bins.push_back({bin.fMidpoint, static_cast<double>(bin.fCount)});
-    }
-    return bins;
-}
-
 void AddFieldInfo(const SplitData& split, int field, Document& doc) {
     const std::vector<double> valid = split.ValidValues(field);
     const Variable& variable = split.GetVariable(field);
@@ -140,7 +131,7 @@ void AddFieldInfo(const SplitData& split, int field, Document& doc) {
     }
     if (valid.empty()) {
         doc.AddContinuousInfo(split.DocumentIndex(field), 0, kSysMis, kSysMis, kSysMis, kSysMis,
-                              {});
+                              ValueHistogram{});
         return;
     }
     const auto [lo, hi] = std::minmax_element(valid.begin(), valid.end());
@@ -150,7 +141,8 @@ void AddFieldInfo(const SplitData& split, int field, Document& doc) {
         squares += (value - mean) * (value - mean);
     }
     const double sd = valid.size() > 1 ? std::sqrt(squares / (total - 1)) : kSysMis;
-    doc.AddContinuousInfo(split.DocumentIndex(field), total, *lo, *hi, mean, sd, Histogram(valid));
+    doc.AddContinuousInfo(split.DocumentIndex(field), total, *lo, *hi, mean, sd,
+                          MakeHistogram(valid));
 }
 
 DocumentField MakeDocumentField(const Variable& variable, const std::vector<Category>& categories,

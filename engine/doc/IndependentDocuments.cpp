@@ -13,6 +13,7 @@
 
 #include "engine/stats/IndependentKSample.h"
 #include "engine/stats/IndependentTwoSample.h"
+#include "engine/stats/Numerics.h"
 
 namespace {
 
@@ -99,63 +100,24 @@ GroupOrder OrderByGroup(const FieldCases& cases) {
 
 // Histogram bins common to the groups of a field: a width of 1, 2, 2.5 or 5
 // times a power of ten that gives ten to twenty-odd bins, aligned on zero.
-struct Bins {
-    double fStart = 0;
-    double fWidth = 1;
-    std::size_t fCount = 1;
-};
-
-Bins CommonBins(const std::vector<double>& values) {
-    Bins bins;
-    if (values.empty()) {
-        return bins;
-    }
-    const auto [low, high] = std::minmax_element(values.begin(), values.end());
-    const double range = *high - *low;
-    if (range > 0 && std::isfinite(range)) {
-        const double raw = range / 15;
-        const double magnitude = std::pow(10.0, std::floor(std::log10(raw)));
-        for (const double step : {1.0, 2.0, 2.5, 5.0, 10.0}) {
-            if (step * magnitude >= raw) {
-                bins.fWidth = step * magnitude;
-                break;
-            }
+ValueHistogram CommonBins(const std::vector<double>& values) {
+    double width = 1;
+    if (!values.empty()) {
+        const auto [low, high] = std::minmax_element(values.begin(), values.end());
+        const double range = *high - *low;
+        if (range > 0 && std::isfinite(range)) {
+            constexpr double kSteps[] = {1.0, 2.0, 2.5, 5.0};
+            width = NiceWidth(range / 15, kSteps);
         }
     }
-    if (!(bins.fWidth > 0) || !std::isfinite(bins.fWidth)) {
-        bins.fWidth = 1;
-    }
-    bins.fStart = std::floor(*low / bins.fWidth) * bins.fWidth;
-    const double count = std::floor((*high - bins.fStart) / bins.fWidth) + 1;
-    if (!std::isfinite(bins.fStart) || !(count >= 1 && count <= 1000)) {
-        // Values too far apart for bins of one width: one bin holds them all.
-        bins.fStart = *low;
-        bins.fCount = 1;
-    } else {
-        bins.fCount = static_cast<std::size_t>(count);
-    }
-    return bins;
-}
-
-std::vector<HistogramBin> Histogram(const std::vector<double>& values, const Bins& bins) {
-    std::vector<HistogramBin> out(bins.fCount);
-    for (std::size_t b = 0; b < bins.fCount; ++b) {
-        out[b].fMidpoint = bins.fStart + (static_cast<double>(b) + 0.5) * bins.fWidth;
-    }
-    const double last = static_cast<double>(bins.fCount - 1);
-    for (const double v : values) {
-        const double index = std::floor((v - bins.fStart) / bins.fWidth);
-        const double bin = index >= 0 ? std::min(index, last) : 0.0; // NaN falls in the first
-        out[static_cast<std::size_t>(bin)].fCount += 1;
-    }
-    return out;
+    return BinValues(values, width);
 }
 
 // "Group" tables of a two-sample test: size, mean rank (when given) and a
 // histogram of each of its two groups on common bins.
 void WriteGroupTables(Algorithm& algorithm, const FieldCases& cases, const TwoSamples& two,
                       const double* meanRanks) {
-    const Bins bins = CommonBins(cases.fValues);
+    const ValueHistogram bins = CommonBins(cases.fValues);
     const std::size_t groups[] = {two.fFirst, two.fSecond};
     const std::size_t sizes[] = {two.fN1, two.fN2};
     for (int k = 0; k < 2; ++k) {
@@ -165,7 +127,7 @@ void WriteGroupTables(Algorithm& algorithm, const FieldCases& cases, const TwoSa
         if (meanRanks != nullptr) {
             table.Attribute("MeanOfRank", meanRanks[k]);
         }
-        WriteHistogram(table, Histogram(Of(cases, groups[k], cases.fValues), bins));
+        WriteHistogram(table, BinLike(Of(cases, groups[k], cases.fValues), bins));
     }
 }
 

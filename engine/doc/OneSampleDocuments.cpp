@@ -34,14 +34,6 @@ void Unable(Algorithm& test, Outcome reason) {
     test.Messages(std::span<const Message>(&message, 1));
 }
 
-std::vector<HistogramBin> Bins(std::span<const double> values) {
-    std::vector<HistogramBin> bins;
-    for (const ValueBin& bin : MakeHistogram(values).fBins) {
-        bins.push_back({bin.fMidpoint, static_cast<double>(bin.fCount)});
-    }
-    return bins;
-}
-
 bool IsCategorical(const SplitData& data, int field) {
     return data.GetVariable(field).IsCategorical() || data.GetVariable(field).IsString();
 }
@@ -444,7 +436,7 @@ void OneSampleWriter::Wilcoxon(int field, const WilcoxonOneSampleOptions& option
     StructuredTable distribution = test.Table("ContinuousDistribution");
     distribution.Attribute("HypotheticalMedian", options.fTestValue)
         .Attribute("ObservedMedian", Num(result.fObservedMedian));
-    WriteHistogram(distribution, Bins(values));
+    WriteHistogram(distribution, MakeHistogram(values));
 }
 
 void OneSampleWriter::KolmogorovOne(int field, KsDistribution distribution,

@@ -11,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "engine/stats/Numerics.h"
 #include "engine/stats/RelatedCategories.h"
 #include "engine/stats/RelatedKSamples.h"
 #include "engine/stats/RelatedPairs.h"
@@ -155,11 +156,7 @@ void WriteDifferences(Algorithm& algorithm, std::span<const double> first,
     std::vector<double> nonZero;
     std::copy_if(differences.begin(), differences.end(), std::back_inserter(nonZero),
                  [](double d) { return d != 0; });
-    std::vector<HistogramBin> bins;
-    for (const DifferenceBin& bin : DifferenceHistogram(nonZero, HistogramBinWidth(nonZero))) {
-        bins.push_back({bin.fMidpoint, bin.fCount});
-    }
-    WriteHistogram(table, bins);
+    WriteHistogram(table, BinValues(nonZero, HistogramBinWidth(nonZero)));
 }
 
 // The sign test and the Wilcoxon signed-rank test write the same record: the

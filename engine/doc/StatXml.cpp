@@ -210,11 +210,11 @@ void Algorithm::SetDecision(Decision decision) {
     }
 }
 
-void WriteHistogram(StructuredTable parent, std::span<const HistogramBin> bins,
+void WriteHistogram(StructuredTable parent, const ValueHistogram& histogram,
                     std::string_view name) {
     SimpleTable table = parent.Simple(name, {}, {"Value", "Count"});
-    for (const HistogramBin& bin : bins) {
-        table.Row({bin.fMidpoint, bin.fCount});
+    for (const ValueBin& bin : histogram.fBins) {
+        table.Row({bin.fMidpoint, static_cast<double>(bin.fCount)});
     }
 }
 
@@ -441,14 +441,14 @@ bool Document::TreatedAsContinuous(int fieldIndex) const {
 }
 
 void Document::AddContinuousInfo(int fieldIndex, double total, double min, double max, double mean,
-                                 double stdDev, std::span<const HistogramBin> bins) {
+                                 double stdDev, const ValueHistogram& histogram) {
     pugi::xml_node node = fInfos.append_child("FieldInfo");
     node.append_attribute("varIndex").set_value(fieldIndex);
     StructuredTable table(node.append_child("StructuredTable"));
     table.Node().append_attribute("name").set_value("ContinuousDistribution");
     table.Attribute("Total", total).Attribute("Min", min).Attribute("Max", max);
     table.Attribute("Mean", mean).Attribute("StdDev", stdDev);
-    WriteHistogram(table, bins);
+    WriteHistogram(table, histogram);
 }
 
 std::string Document::Write() const {

@@ -20,6 +20,7 @@
 #include <pugixml.hpp>
 
 #include "engine/data/Variable.h"
+#include "engine/stats/Numerics.h"
 
 // True for the system-missing value and for NaN.
 bool IsSysMis(double value);
@@ -150,14 +151,9 @@ public:
     void SetDecision(Decision decision);
 };
 
-// One bin of a histogram: its midpoint and its count.
-struct HistogramBin {
-    double fMidpoint = 0;
-    double fCount = 0;
-};
-
-// A "Histogram" simple table (columns Value and Count) in `parent`.
-void WriteHistogram(StructuredTable parent, std::span<const HistogramBin> bins,
+// A "Histogram" simple table (columns Value and Count: each bin's midpoint
+// and count) in `parent`.
+void WriteHistogram(StructuredTable parent, const ValueHistogram& histogram,
                     std::string_view name = "Histogram");
 
 // The five numbers of a box and the outlying values with their case numbers.
@@ -261,7 +257,7 @@ public:
     bool TreatedAsContinuous(int fieldIndex) const;
     // Field information of a continuous field: descriptives and a histogram.
     void AddContinuousInfo(int fieldIndex, double total, double min, double max, double mean,
-                           double stdDev, std::span<const HistogramBin> bins);
+                           double stdDev, const ValueHistogram& histogram);
 
     int AlgorithmCount() const { return fAlgorithmCount; }
     // The document text.

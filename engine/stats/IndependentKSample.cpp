@@ -5,9 +5,9 @@
 #include <cmath>
 #include <limits>
 
-#include <boost/math/distributions/chi_squared.hpp>
 #include <boost/math/distributions/hypergeometric.hpp>
-#include <boost/math/distributions/normal.hpp>
+
+#include "engine/stats/Numerics.h"
 
 namespace {
 
@@ -19,21 +19,6 @@ KSamples Groups(const GroupedValues& data) {
     samples.fN = counts.fN;
     samples.fTotalN = data.fValues.size();
     return samples;
-}
-
-double ChiSquareSurvival(double statistic, double df) {
-    if (!(df > 0) || std::isnan(statistic)) {
-        return kNoValue;
-    }
-    return boost::math::cdf(boost::math::complement(boost::math::chi_squared(df), statistic));
-}
-
-double TwoSidedNormal(double z) {
-    return 2 * boost::math::cdf(boost::math::complement(boost::math::normal(), std::fabs(z)));
-}
-
-double UpperNormal(double z) {
-    return boost::math::cdf(boost::math::complement(boost::math::normal(), z));
 }
 
 // Mean rank of every category (kNoValue for an empty one).
@@ -93,7 +78,7 @@ MedianTable MedianOfGroups(const std::vector<const std::vector<double>*>& groups
         for (const auto* group : groups) {
             pooled.insert(pooled.end(), group->begin(), group->end());
         }
-        table.fMedian = MedianOf(pooled);
+        table.fMedian = MedianInPlace(pooled);
     }
     double above = 0;
     double below = 0;
@@ -120,7 +105,7 @@ MedianTable MedianOfGroups(const std::vector<const std::vector<double>*>& groups
     }
     table.fChiSquare = chi;
     table.fDf = static_cast<double>(groups.size() - 1);
-    table.fSig = ChiSquareSurvival(chi, table.fDf);
+    table.fSig = ChiSquareUpper(chi, table.fDf);
     return table;
 }
 
@@ -276,7 +261,7 @@ KruskalWallisResult KruskalWallis(const GroupedValues& data) {
         return result;
     }
     result.fDf = static_cast<double>(result.fSamples.size() - 1);
-    result.fSig = ChiSquareSurvival(result.fStatistic, result.fDf);
+    result.fSig = ChiSquareUpper(result.fStatistic, result.fDf);
     return result;
 }
 
@@ -294,7 +279,7 @@ std::vector<ComparisonResult> KruskalWallisPairwise(const KruskalWallisResult& t
         if (variance > 0) {
             t.fStdError = std::sqrt(variance);
             t.fStdStatistic = t.fStatistic / t.fStdError;
-            t.fSig = TwoSidedNormal(t.fStdStatistic);
+            t.fSig = NormalTwoSided(t.fStdStatistic);
         } else {
             t.fNoVariation = true;
         }
@@ -345,7 +330,7 @@ KruskalWallisSubsets(const GroupedValues& data, const KruskalWallisResult& test,
             if (std::isnan(t.fStatistic)) {
                 t.fNoVariation = true;
             } else {
-                t.fSig = ChiSquareSurvival(t.fStatistic, static_cast<double>(members.size() - 1));
+                t.fSig = ChiSquareUpper(t.fStatistic, static_cast<double>(members.size() - 1));
             }
             return t;
         },
@@ -408,7 +393,7 @@ MedianTestResult MedianTest(const GroupedValues& data, std::optional<double> tes
     result.fSampleMedian.assign(data.fGroupCount, kNoValue);
     for (const std::size_t g : result.fSamples) {
         std::vector<double> copy = values[g];
-        result.fSampleMedian[g] = MedianOf(copy);
+        result.fSampleMedian[g] = MedianInPlace(copy);
     }
     if (std::isnan(table.fChiSquare)) {
         result.fOutcome = Outcome::kOneCategory;
@@ -430,7 +415,7 @@ MedianTestResult MedianTest(const GroupedValues& data, std::optional<double> tes
                                static_cast<double>(a + c) * static_cast<double>(b + d);
         result.fYatesChiSquare =
             cross > n / 2 ? n * (cross - n / 2) * (cross - n / 2) / margins : 0;
-        result.fYatesSig = ChiSquareSurvival(result.fYatesChiSquare, 1);
+        result.fYatesSig = ChiSquareUpper(result.fYatesChiSquare, 1);
         result.fFisherSig = FisherExact2x2(a, b, c, d);
     }
     return result;
@@ -542,7 +527,7 @@ JonckheereResult JonckheereTerpstra(const GroupedValues& data, bool descending) 
     }
     result.fStdError = t.fStdError;
     result.fStdStatistic = t.fStdStatistic;
-    result.fSig = TwoSidedNormal(t.fStdStatistic);
+    result.fSig = NormalTwoSided(t.fStdStatistic);
     return result;
 }
 
@@ -559,7 +544,7 @@ std::vector<ComparisonResult> JonckheerePairwise(const GroupedValues& data,
         const std::vector<std::size_t> inOrder = InAlternativeOrder({a, b}, test.fDescending);
         SampleTest t = FromSums(JonckheereOfTwo(values[inOrder[0]], values[inOrder[1]]));
         if (!std::isnan(t.fStdStatistic)) {
-            t.fSig = UpperNormal(t.fStdStatistic);
+            t.fSig = NormalUpper(t.fStdStatistic);
         }
         return t;
     });
@@ -579,7 +564,7 @@ std::vector<ComparisonResult> JonckheereSubsets(const GroupedValues& data,
                 sorted, data.fGroupCount,
                 InAlternativeOrder({members.begin(), members.end()}, test.fDescending));
             if (!std::isnan(t.fStdStatistic)) {
-                t.fSig = UpperNormal(t.fStdStatistic);
+                t.fSig = NormalUpper(t.fStdStatistic);
             }
             return t;
         },

@@ -5,6 +5,8 @@
 #include <cmath>
 #include <limits>
 
+#include "engine/stats/Numerics.h"
+
 GroupCounts CountGroups(const GroupedValues& data, std::size_t minSamples, std::size_t maxSamples) {
     GroupCounts counts;
     const std::size_t n = data.fValues.size();
@@ -65,40 +67,6 @@ SortedGroups SortGroupsByRank(const GroupedValues& data) {
     return sorted;
 }
 
-double MedianOf(std::vector<double>& values) {
-    const std::size_t n = values.size();
-    if (n == 0) {
-        return std::numeric_limits<double>::quiet_NaN();
-    }
-    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(n / 2);
-    std::nth_element(values.begin(), middle, values.end());
-    if (n % 2 == 1) {
-        return *middle;
-    }
-    const double below = *std::max_element(values.begin(), middle);
-    return (below + *middle) / 2;
-}
-
-namespace {
-
-// The weighted average at position p(n+1) of ascending values, held to the
-// first and last value.
-double WeightedAverage(const std::vector<double>& sorted, double p) {
-    const double n = static_cast<double>(sorted.size());
-    const double position = p * (n + 1);
-    if (position <= 1) {
-        return sorted.front();
-    }
-    if (position >= n) {
-        return sorted.back();
-    }
-    const double whole = std::floor(position);
-    const auto k = static_cast<std::size_t>(whole);
-    return sorted[k - 1] + (position - whole) * (sorted[k] - sorted[k - 1]);
-}
-
-} // namespace
-
 BoxPlotNumbers BoxPlot(std::span<const double> values, std::span<const double> caseNumbers) {
     BoxPlotNumbers box;
     if (values.empty() || caseNumbers.size() != values.size()) {
@@ -108,10 +76,10 @@ BoxPlotNumbers BoxPlot(std::span<const double> values, std::span<const double> c
     // ordered with their case numbers.
     std::vector<double> sorted(values.begin(), values.end());
     std::sort(sorted.begin(), sorted.end());
-    box.fLowerQuartile = WeightedAverage(sorted, 0.25);
-    box.fUpperQuartile = WeightedAverage(sorted, 0.75);
+    box.fLowerQuartile = QuantileType6(sorted, 0.25);
+    box.fUpperQuartile = QuantileType6(sorted, 0.75);
     const std::size_t n = sorted.size();
-    box.fMedian = n % 2 == 1 ? sorted[n / 2] : (sorted[n / 2 - 1] + sorted[n / 2]) / 2;
+    box.fMedian = SortedMedian(sorted);
     const double length = box.fUpperQuartile - box.fLowerQuartile;
     const double low = box.fLowerQuartile - 1.5 * length;
     const double high = box.fUpperQuartile + 1.5 * length;

@@ -41,10 +41,6 @@ struct SortedGroups {
 };
 SortedGroups SortGroupsByRank(const GroupedValues& data);
 
-// Median of `values` (mean of the two middle values for an even count);
-// reorders them. NaN for none.
-double MedianOf(std::vector<double>& values);
-
 // The numbers of a box plot of one group.
 struct BoxPlotNumbers {
     double fLowerWhisker = 0;  // smallest value within 1.5 box lengths below the box

@@ -14,6 +14,7 @@
 #include <boost/math/special_functions/gamma.hpp>
 
 #include "engine/stats/Differences.h"
+#include "engine/stats/Numerics.h"
 
 namespace {
 
@@ -40,11 +41,6 @@ std::vector<double> SortedValuesOf(const GroupedValues& data, std::size_t group)
     }
     std::sort(values.begin(), values.end());
     return values;
-}
-
-double TwoSidedNormal(double z) {
-    const boost::math::normal normal;
-    return 2 * boost::math::cdf(boost::math::complement(normal, std::fabs(z)));
 }
 
 // log k! for k = 0 .. n from Boost's lgamma, so that sums of many binomial
@@ -102,7 +98,7 @@ MannWhitneyResult MannWhitney(const GroupedValues& data, std::size_t exactUpTo) 
     }
     result.fStdError = std::sqrt(variance);
     result.fStdStatistic = (result.fU - n1 * n2 / 2) / result.fStdError;
-    result.fAsymptoticSig = TwoSidedNormal(result.fStdStatistic);
+    result.fAsymptoticSig = NormalTwoSided(result.fStdStatistic);
 
     const std::size_t total = result.fN1 + result.fN2;
     if (total > exactUpTo) {

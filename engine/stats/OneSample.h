@@ -6,7 +6,7 @@
 #include <span>
 #include <vector>
 
-#include "engine/stats/Outcome.h"
+#include "engine/stats/Numerics.h"
 
 // Descriptive numbers of one field.
 struct Descriptives {
@@ -23,26 +23,6 @@ struct Descriptives {
 };
 
 Descriptives Describe(std::span<const double> values);
-
-// The median of `values` (NaN when empty).
-double Median(std::span<const double> values);
-
-struct ValueBin {
-    double fMidpoint = 0;
-    std::size_t fCount = 0;
-};
-
-// Bins [fOrigin + i * fWidth, fOrigin + (i + 1) * fWidth), from the bin that holds the
-// smallest value to the one that holds the largest. The counts add up to N. Values whose
-// range is beyond the doubles get one bin of width NaN.
-struct ValueHistogram {
-    double fOrigin = 0;
-    double fWidth = 1;
-    std::vector<ValueBin> fBins;
-};
-
-// Bins of the given width (> 0) aligned on `origin`. No values gives no bins.
-ValueHistogram MakeHistogram(std::span<const double> values, double width, double origin);
 
 // Bins of a width chosen for the data: whole numbers with a range of at most 40 get one bin
 // per number, centred on it; other data get about 1 + log2(N) bins (between 5 and 40) of a

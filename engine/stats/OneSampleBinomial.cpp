@@ -8,11 +8,9 @@
 #include <boost/math/special_functions/beta.hpp>
 #include <boost/math/tools/roots.hpp>
 
-#include "engine/stats/OneSampleMath.h"
+#include "engine/stats/Distributions.h"
 
 namespace {
-
-using onesample::Policy;
 
 std::vector<double> DistinctSorted(std::vector<double> values) {
     std::sort(values.begin(), values.end());
@@ -63,7 +61,7 @@ namespace {
 // usual). The binomial probabilities fall away from the mode on either side, so the counts on
 // the far side that qualify are found by a binary search.
 double MinLikelihoodSig(std::size_t x, std::size_t n, double p) {
-    const onesample::Binomial binomial(static_cast<double>(n), p);
+    const Binomial binomial(static_cast<double>(n), p);
     const double observed = boost::math::pdf(binomial, static_cast<double>(x));
     const double threshold = observed * (1 + 1e-7);
     const double m = static_cast<double>(n) * p;
@@ -155,7 +153,7 @@ BinomialResult BinomialTest(std::size_t successes, std::size_t trials, double te
     const double corrected = std::copysign(std::max(std::fabs(difference) - 0.5, 0.0), difference);
     result.fStandardized = corrected / result.fStandardError;
 
-    const onesample::Binomial binomial(n, p);
+    const Binomial binomial(n, p);
     result.fExactSigLess = boost::math::cdf(binomial, x);
     result.fExactSigGreater =
         successes == 0 ? 1.0 : boost::math::cdf(boost::math::complement(binomial, x - 1));
@@ -210,7 +208,7 @@ ProportionInterval LikelihoodRatioInterval(std::size_t successes, std::size_t tr
     const double n = static_cast<double>(trials);
     const double estimate = x / n;
     interval.fEstimate = estimate;
-    const double critical = boost::math::quantile(onesample::ChiSquared(1), level);
+    const double critical = boost::math::quantile(ChiSquared(1), level);
     // Twice the log-likelihood ratio of the estimate against p, less the critical value:
     // it falls to its minimum -critical at the estimate and rises toward either end.
     const auto excess = [&](double p) {

@@ -5,7 +5,7 @@
 #include <cmath>
 #include <utility>
 
-#include "engine/stats/OneSampleMath.h"
+#include "engine/stats/Distributions.h"
 
 namespace {
 
@@ -104,7 +104,7 @@ OneSampleChiSquareResult ChiSquareGoodnessOfFit(std::span<const double> values,
     }
     result.fStatistic = statistic;
     result.fDegreesOfFreedom = static_cast<double>(k - 1);
-    result.fAsymptoticSig = boost::math::cdf(
-        boost::math::complement(onesample::ChiSquared(result.fDegreesOfFreedom), statistic));
+    result.fAsymptoticSig =
+        boost::math::cdf(boost::math::complement(ChiSquared(result.fDegreesOfFreedom), statistic));
     return result;
 }

@@ -11,13 +11,11 @@
 #include <boost/math/special_functions/erf.hpp>
 #include <boost/math/tools/roots.hpp>
 
+#include "engine/stats/Distributions.h"
 #include "engine/stats/OneSampleBinomial.h"
-#include "engine/stats/OneSampleMath.h"
 #include "engine/stats/Random.h"
 
 namespace {
-
-using onesample::Policy;
 
 double MeanOf(std::span<const double> values) {
     double sum = 0;
@@ -50,7 +48,7 @@ double Cdf(KsDistribution distribution, const KsParameters& p, double x) {
     case KsDistribution::kUniform:
         return std::clamp((x - p.fFirst) / (p.fSecond - p.fFirst), 0.0, 1.0);
     case KsDistribution::kPoisson:
-        return x < 0 ? 0.0 : boost::math::cdf(onesample::Poisson(p.fFirst), std::floor(x));
+        return x < 0 ? 0.0 : boost::math::cdf(Poisson(p.fFirst), std::floor(x));
     case KsDistribution::kExponential:
         return x <= 0 ? 0.0 : -std::expm1(-x / p.fFirst);
     }

@@ -11,7 +11,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "engine/stats/OneSampleMath.h"
+#include "engine/stats/Distributions.h"
 
 double RunsCutPoint(std::span<const double> values, RunsCut cut, double value) {
     switch (cut) {
@@ -55,9 +55,7 @@ struct RunsTerm {
     }
 
 private:
-    onesample::Hypergeometric Distribution() const {
-        return onesample::Hypergeometric(fSuccesses, fDraws, fPopulation);
-    }
+    Hypergeometric Distribution() const { return Hypergeometric(fSuccesses, fDraws, fPopulation); }
     long long Lowest() const {
         const long long low =
             static_cast<long long>(fDraws + fSuccesses) - static_cast<long long>(fPopulation);
@@ -146,7 +144,7 @@ OneSampleRunsResult RunsTest(std::span<const std::uint8_t> classes) {
         difference = std::copysign(std::max(std::fabs(difference) - 0.5, 0.0), difference);
     }
     result.fStandardized = difference / result.fStdDev;
-    result.fAsymptoticSig2Tailed = onesample::NormalTwoSided(result.fStandardized);
+    result.fAsymptoticSig2Tailed = NormalTwoSided(result.fStandardized);
 
     const RunsTerms terms = TermsOf(n1, n2);
     const long long r = static_cast<long long>(runs);

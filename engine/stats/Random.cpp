@@ -7,7 +7,7 @@
 
 #include <boost/math/special_functions/erf.hpp>
 
-#include "engine/stats/OneSampleMath.h"
+#include "engine/stats/Distributions.h"
 
 double Random::Uniform() {
     // 53 bits fill a double's mantissa; the half step keeps 0 and 1 out.
@@ -17,7 +17,7 @@ double Random::Uniform() {
 
 double Random::Normal() {
     // The standard normal quantile: -sqrt(2) erfc^-1(2u).
-    return -std::sqrt(2.0) * boost::math::erfc_inv(2 * Uniform(), onesample::Policy());
+    return -std::sqrt(2.0) * boost::math::erfc_inv(2 * Uniform(), Policy());
 }
 
 double Random::Exponential() {

@@ -4,10 +4,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include <boost/math/distributions/binomial.hpp>
-#include <boost/math/distributions/chi_squared.hpp>
-#include <boost/math/distributions/normal.hpp>
-
+#include "engine/stats/Numerics.h"
 #include "engine/stats/RelatedPairs.h"
 
 namespace {
@@ -90,15 +87,8 @@ McNemarResult McNemar(std::span<const double> first, std::span<const double> sec
     }
     const double excess = std::fabs(b - c) - 1.0;
     result.fStatistic = excess * excess / (b + c);
-    const boost::math::chi_squared chiSquare(1.0);
-    result.fAsymptoticSig = boost::math::cdf(boost::math::complement(chiSquare, result.fStatistic));
-    const double smaller = std::min(b, c);
-    if (2 * smaller == b + c) {
-        result.fExactSig = 1.0;
-    } else {
-        const boost::math::binomial binomial(b + c, 0.5);
-        result.fExactSig = std::min(1.0, 2.0 * boost::math::cdf(binomial, smaller));
-    }
+    result.fAsymptoticSig = ChiSquareUpper(result.fStatistic, 1);
+    result.fExactSig = BinomialHalfTwoSided(b, b + c);
     result.fExactReported = b + c <= static_cast<double>(kMcNemarExactMax);
     return result;
 }
@@ -152,8 +142,6 @@ MarginalHomogeneityResult MarginalHomogeneity(std::span<const double> first,
     result.fExpected = expected;
     result.fStandardError = std::sqrt(variance);
     result.fStandardized = excess / result.fStandardError;
-    const boost::math::normal standard;
-    result.fAsymptoticSig =
-        2.0 * boost::math::cdf(boost::math::complement(standard, std::fabs(result.fStandardized)));
+    result.fAsymptoticSig = NormalTwoSided(result.fStandardized);
     return result;
 }

@@ -2,8 +2,6 @@
 // and step-down homogeneous subsets.
 #include "engine/stats/RelatedKSamples.h"
 
-#include "engine/stats/MultipleComparisons.h"
-
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
@@ -11,8 +9,8 @@
 #include <map>
 #include <numeric>
 
-#include <boost/math/distributions/chi_squared.hpp>
-#include <boost/math/distributions/normal.hpp>
+#include "engine/stats/MultipleComparisons.h"
+#include "engine/stats/Numerics.h"
 
 namespace {
 
@@ -35,16 +33,6 @@ template <typename Result> bool CheckColumns(RelatedColumns columns, Result& res
         return false;
     }
     return true;
-}
-
-double ChiSquareUpper(double statistic, double df) {
-    const boost::math::chi_squared distribution(df);
-    return boost::math::cdf(boost::math::complement(distribution, std::max(statistic, 0.0)));
-}
-
-double NormalTwoSided(double z) {
-    const boost::math::normal standard;
-    return 2.0 * boost::math::cdf(boost::math::complement(standard, std::fabs(z)));
 }
 
 bool Contains(std::span<const double> list, double value) {

@@ -7,31 +7,10 @@
 #include <memory>
 #include <random>
 
-#include <boost/math/distributions/binomial.hpp>
 #include <boost/math/distributions/normal.hpp>
 
 #include "engine/stats/Differences.h"
-
-namespace {
-
-// Two-sided significance of a standard normal statistic.
-double NormalTwoSided(double z) {
-    const boost::math::normal standard;
-    return 2.0 * boost::math::cdf(boost::math::complement(standard, std::fabs(z)));
-}
-
-// Two-sided exact binomial significance of `x` successes in `m` trials with
-// p = 1/2: twice the smaller tail, capped at 1.
-double BinomialTwoSidedHalf(std::size_t x, std::size_t m) {
-    const std::size_t smaller = std::min(x, m - x);
-    if (2 * smaller == m) {
-        return 1.0;
-    }
-    const boost::math::binomial distribution(static_cast<double>(m), 0.5);
-    return std::min(1.0, 2.0 * boost::math::cdf(distribution, static_cast<double>(smaller)));
-}
-
-} // namespace
+#include "engine/stats/Numerics.h"
 
 std::vector<double> PairedDifferences(std::span<const double> first,
                                       std::span<const double> second) {
@@ -85,7 +64,8 @@ SignTestResult SignTest(std::span<const double> first, std::span<const double> s
     const double corrected = excess > 0 ? excess - 0.5 : excess < 0 ? excess + 0.5 : 0.0;
     result.fStandardized = corrected / result.fStandardError;
     result.fAsymptoticSig = NormalTwoSided(result.fStandardized);
-    result.fExactSig = BinomialTwoSidedHalf(result.fCounts.fPositive, m);
+    result.fExactSig =
+        BinomialHalfTwoSided(static_cast<double>(result.fCounts.fPositive), static_cast<double>(m));
     result.fExactReported = m <= kSignTestExactMax;
     return result;
 }
@@ -265,38 +245,6 @@ double HistogramBinWidth(std::span<const double> values) {
         return 1.0;
     }
     const double bins = std::ceil(std::log2(static_cast<double>(values.size()))) + 1.0;
-    const double raw = range / std::max(bins, 1.0);
-    const double power = std::pow(10.0, std::floor(std::log10(raw)));
-    for (double step : {1.0, 2.0, 5.0}) {
-        if (step * power >= raw) {
-            return step * power;
-        }
-    }
-    return 10.0 * power;
-}
-
-std::vector<DifferenceBin> DifferenceHistogram(std::span<const double> differences, double width) {
-    std::vector<DifferenceBin> bins;
-    if (differences.empty() || !(width > 0) || !std::isfinite(width)) {
-        return bins;
-    }
-    const auto [low, high] = std::minmax_element(differences.begin(), differences.end());
-    const double start = std::floor(*low / width) * width;
-    const double span = std::floor((*high - start) / width) + 1.0;
-    // A width far below the range would ask for more bins than values.
-    constexpr double kMostBins = 1e6;
-    if (!(span >= 1) || span > kMostBins) {
-        return bins;
-    }
-    const std::size_t count = static_cast<std::size_t>(span);
-    bins.resize(count);
-    for (std::size_t b = 0; b < count; ++b) {
-        bins[b].fMidpoint = start + (static_cast<double>(b) + 0.5) * width;
-    }
-    for (double d : differences) {
-        const double at = std::floor((d - start) / width);
-        const std::size_t b = at < 0 ? 0 : std::min(count - 1, static_cast<std::size_t>(at));
-        bins[b].fCount += 1;
-    }
-    return bins;
+    constexpr double kSteps[] = {1.0, 2.0, 5.0};
+    return NiceWidth(range / std::max(bins, 1.0), kSteps);
 }

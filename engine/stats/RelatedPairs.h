@@ -103,14 +103,6 @@ PairedHodgesLehmannResult HodgesLehmannPaired(std::span<const double> first,
 // finite.
 double WalshAverageOrderStatistic(std::span<const double> values, std::size_t k);
 
-// Histogram of the differences: bins of `width` aligned on multiples of it,
-// from the bin that holds the smallest difference to the one that holds the
-// largest. Each bin is (midpoint, count); a bin holds [start, start + width).
-struct DifferenceBin {
-    double fMidpoint = 0;
-    double fCount = 0;
-};
-std::vector<DifferenceBin> DifferenceHistogram(std::span<const double> differences, double width);
 // A bin width of 1, 2 or 5 times a power of ten that cuts the range of the
 // values into about as many bins as Sturges' rule asks for (1 when the range
 // is empty).

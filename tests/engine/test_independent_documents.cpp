@@ -104,7 +104,8 @@ std::string Render(const Split& split, const IndependentPlan& plan) {
     doc.AddField({"case", "Case", MeasureLevel::kContinuous, StorageType::kInteger, {}});
     WriteIndependentTests(split.fData, plan, Criteria{}, doc);
     const std::vector<double> scores(split.fData.Values(0).begin(), split.fData.Values(0).end());
-    const std::vector<HistogramBin> bins{{50, static_cast<double>(scores.size())}};
+    ValueHistogram bins;
+    bins.fBins.push_back({50, scores.size()});
     doc.AddContinuousInfo(0, static_cast<double>(scores.size()), 0, 100, 50, 10, bins);
     doc.AddCategoricalInfo(1, static_cast<double>(scores.size()), counts);
 

@@ -55,9 +55,9 @@ std::size_t TotalCount(const ValueHistogram& h) {
 
 } // namespace
 
-TEST(OneSampleHistogram, BinsOfAGivenWidth) {
+TEST(Histogram, BinsOfAGivenWidth) {
     const std::vector<double> values{0.2, 9.99, 10, 10, 25, 31};
-    const ValueHistogram h = MakeHistogram(values, 10, 0);
+    const ValueHistogram h = BinValues(values, 10, 0);
     ASSERT_EQ(h.fBins.size(), 4u);
     EXPECT_EQ(h.fOrigin, 0.0);
     EXPECT_EQ(h.fBins[0].fMidpoint, 5.0);
@@ -66,18 +66,18 @@ TEST(OneSampleHistogram, BinsOfAGivenWidth) {
     EXPECT_EQ(h.fBins[2].fCount, 1u);
     EXPECT_EQ(h.fBins[3].fCount, 1u);
     // Aligned on the origin, starting at the bin of the smallest value.
-    const ValueHistogram shifted = MakeHistogram(values, 10, 5);
+    const ValueHistogram shifted = BinValues(values, 10, 5);
     EXPECT_EQ(shifted.fOrigin, -5.0);
     EXPECT_EQ(TotalCount(shifted), values.size());
-    EXPECT_TRUE(MakeHistogram({}, 1, 0).fBins.empty());
+    EXPECT_TRUE(BinValues({}, 1, 0).fBins.empty());
     // A width too fine for the range is made coarser rather than allocating billions of bins.
     const std::vector<double> wide{0, 1e12};
-    const ValueHistogram coarse = MakeHistogram(wide, 1e-3, 0);
+    const ValueHistogram coarse = BinValues(wide, 1e-3, 0);
     EXPECT_LE(coarse.fBins.size(), 100001u);
     EXPECT_EQ(TotalCount(coarse), 2u);
     // A range beyond the doubles: one bin.
     const std::vector<double> extreme{-1e308, 0, 1e308};
-    EXPECT_EQ(MakeHistogram(extreme, 1, 0).fBins.size(), 1u);
+    EXPECT_EQ(BinValues(extreme, 1, 0).fBins.size(), 1u);
     EXPECT_EQ(MakeHistogram(extreme).fBins.size(), 1u);
     EXPECT_EQ(TotalCount(MakeHistogram(extreme)), 3u);
 }

@@ -1,6 +1,7 @@
 // Sign test, Wilcoxon signed-rank test and Hodges-Lehmann estimate of two
 // related fields against R (binom.test, prop.test, wilcox.test,
 // exactRankTests::wilcox.exact, Walsh averages), and their properties.
+#include "engine/stats/Numerics.h"
 #include "engine/stats/RelatedPairs.h"
 
 #include <algorithm>
@@ -226,16 +227,16 @@ TEST(RelatedPairs, SignTestReportsExactUpToTwentyFiveDiscordantPairs) {
 
 TEST(RelatedPairs, HistogramOfDifferences) {
     const std::vector<double> d{-1.2, 0.0, 0.4, 2.5, 2.0};
-    const std::vector<DifferenceBin> bins = DifferenceHistogram(d, 1.0);
+    const std::vector<ValueBin> bins = BinValues(d, 1.0).fBins;
     ASSERT_EQ(bins.size(), 5u);
     const double mids[] = {-1.5, -0.5, 0.5, 1.5, 2.5};
-    const double counts[] = {1, 0, 2, 0, 2};
+    const std::size_t counts[] = {1, 0, 2, 0, 2};
     for (std::size_t b = 0; b < 5; ++b) {
         EXPECT_DOUBLE_EQ(bins[b].fMidpoint, mids[b]);
         EXPECT_EQ(bins[b].fCount, counts[b]);
     }
-    EXPECT_TRUE(DifferenceHistogram({}, 1.0).empty());
-    EXPECT_TRUE(DifferenceHistogram(d, 0.0).empty());
+    EXPECT_TRUE(BinValues({}, 1.0).fBins.empty());
+    EXPECT_TRUE(BinValues(d, 0.0).fBins.empty());
     EXPECT_EQ(HistogramBinWidth(d), 1.0); // range 3.7 in 4 bins: 0.925 rounds up to 1
     EXPECT_EQ(HistogramBinWidth(std::vector<double>{2, 2, 2}), 1.0);
     const DifferenceCounts signs = CountDifferenceSigns(d);

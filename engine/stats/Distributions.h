@@ -1,7 +1,7 @@
-// The Boost.Math policy and distributions of the one-sample statistics
-// (private to engine/stats/OneSample*.cpp). Computation stays in double (no
-// promotion to long double, whose width differs between platforms), and a
-// domain or range error gives NaN or infinity instead of an exception.
+// The Boost.Math policy and distributions of every statistic of the engine
+// (for its .cpp files). Computation stays in double (no promotion to long
+// double, whose width differs between platforms), and a domain or range
+// error gives NaN or infinity instead of an exception.
 #pragma once
 
 #include <boost/math/distributions/beta.hpp>
@@ -11,8 +11,6 @@
 #include <boost/math/distributions/normal.hpp>
 #include <boost/math/distributions/poisson.hpp>
 #include <boost/math/policies/policy.hpp>
-
-namespace onesample {
 
 using Policy = boost::math::policies::policy<
     boost::math::policies::domain_error<boost::math::policies::ignore_error>,
@@ -29,8 +27,3 @@ using ChiSquared = boost::math::chi_squared_distribution<double, Policy>;
 using Binomial = boost::math::binomial_distribution<double, Policy>;
 using Poisson = boost::math::poisson_distribution<double, Policy>;
 using Hypergeometric = boost::math::hypergeometric_distribution<double, Policy>;
-
-// Two-sided tail of a standard normal deviate: P(|Z| >= |z|).
-double NormalTwoSided(double z);
-
-} // namespace onesample
