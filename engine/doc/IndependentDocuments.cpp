@@ -189,7 +189,7 @@ struct Comparisons {
     ComparisonKind fKind = ComparisonKind::kPairwise;
     std::vector<double> fSamples;
     std::vector<double> fValues;
-    std::vector<ComparisonRow> fRows;
+    std::vector<ComparisonResult> fRows;
     std::vector<Message> fMessages;
 };
 
@@ -205,10 +205,8 @@ Comparisons MakeComparisons(Compare compare, const std::vector<std::size_t>& sam
         out.fSamples.push_back(static_cast<double>(s));
         out.fValues.push_back(shown[s]);
     }
+    out.fRows = rows;
     for (const ComparisonResult& row : rows) {
-        out.fRows.push_back({static_cast<double>(row.fFirst), static_cast<double>(row.fSecond),
-                             row.fStatistic, row.fStdError, row.fStdStatistic, row.fSig,
-                             row.fAdjustedSig});
         if (row.fNoVariation && compare == Compare::kPairwise) {
             out.fMessages.push_back(
                 {message::kNoVariationInPair,

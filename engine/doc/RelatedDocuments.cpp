@@ -331,22 +331,14 @@ void WriteMarginalHomogeneity(const SplitData& data, int a, int b, const Criteri
 // ---------------------------------------------------------------------------
 // k fields
 
-std::vector<ComparisonRow> DocumentRows(const SplitData& data, std::span<const int> fields,
-                                        const std::vector<RelatedComparison>& rows, bool pairwise) {
-    std::vector<ComparisonRow> out;
-    for (const RelatedComparison& row : rows) {
-        ComparisonRow& written = out.emplace_back();
-        written.fFirst =
-            pairwise ? data.DocumentIndex(fields[row.fFirst]) : static_cast<double>(row.fFirst);
-        written.fSecond =
-            pairwise ? data.DocumentIndex(fields[row.fSecond]) : static_cast<double>(row.fSecond);
-        written.fStatistic = row.fStatistic;
-        written.fStdError = row.fStdError;
-        written.fStdStatistic = row.fStdStatistic;
-        written.fSig = row.fSig;
-        written.fAdjSig = row.fAdjustedSig;
+// Pairwise rows name their fields by their index in the document.
+std::vector<ComparisonResult> DocumentRows(const SplitData& data, std::span<const int> fields,
+                                           std::vector<ComparisonResult> rows) {
+    for (ComparisonResult& row : rows) {
+        row.fFirst = static_cast<std::size_t>(data.DocumentIndex(fields[row.fFirst]));
+        row.fSecond = static_cast<std::size_t>(data.DocumentIndex(fields[row.fSecond]));
     }
-    return out;
+    return rows;
 }
 
 // The pairwise or stepwise table of a k-sample test over `values` (one per
@@ -354,7 +346,7 @@ std::vector<ComparisonRow> DocumentRows(const SplitData& data, std::span<const i
 void WriteComparisons(Algorithm& algorithm, const SplitData& data, std::span<const int> fields,
                       Compare compare, std::string_view valueName,
                       const std::vector<double>& values,
-                      const std::vector<RelatedComparison>& pairwise,
+                      const std::vector<ComparisonResult>& pairwise,
                       const RelatedStepwise& stepwise) {
     if (compare == Compare::kNone || fields.size() < 3) {
         return;
@@ -375,8 +367,8 @@ void WriteComparisons(Algorithm& algorithm, const SplitData& data, std::span<con
         samples.push_back(data.DocumentIndex(fields[j]));
         shown.push_back(values[j]);
     }
-    const std::vector<ComparisonRow> rows =
-        DocumentRows(data, fields, isPairwise ? pairwise : stepwise.fRows, isPairwise);
+    const std::vector<ComparisonResult> rows =
+        isPairwise ? DocumentRows(data, fields, pairwise) : stepwise.fRows;
     WriteComparison(algorithm, isPairwise ? ComparisonKind::kPairwise : ComparisonKind::kStepwise,
                     valueName, samples, shown, rows);
 }

@@ -260,7 +260,7 @@ void WriteBoxPlotInfo(Algorithm& algorithm, int groupFieldIndex,
 
 void WriteComparison(Algorithm& algorithm, ComparisonKind kind, std::string_view valueName,
                      std::span<const double> samples, std::span<const double> values,
-                     std::span<const ComparisonRow> rows, std::optional<int> fieldIndex) {
+                     std::span<const ComparisonResult> rows, std::optional<int> fieldIndex) {
     const bool pairwise = kind == ComparisonKind::kPairwise;
     StructuredTable table = algorithm.Table(pairwise ? "PairwiseResult" : "StepwiseResult");
     const std::string rowNames[] = {"SampleIndex", std::string(valueName)};
@@ -274,9 +274,9 @@ void WriteComparison(Algorithm& algorithm, ComparisonKind kind, std::string_view
                               : table.Simple("Content", {},
                                              {"FirstPosition", "LastPosition", "TestStatistic",
                                               "StdError", "StdTestStatistic", "Sig", "AdjSig"});
-    for (const ComparisonRow& row : rows) {
-        content.Row({row.fFirst, row.fSecond, row.fStatistic, row.fStdError, row.fStdStatistic,
-                     row.fSig, row.fAdjSig});
+    for (const ComparisonResult& row : rows) {
+        content.Row({static_cast<double>(row.fFirst), static_cast<double>(row.fSecond),
+                     row.fStatistic, row.fStdError, row.fStdStatistic, row.fSig, row.fAdjustedSig});
     }
     if (fieldIndex) {
         table.Attribute("fieldIndex", *fieldIndex);

@@ -20,6 +20,7 @@
 #include <pugixml.hpp>
 
 #include "engine/data/Variable.h"
+#include "engine/stats/MultipleComparisons.h"
 #include "engine/stats/Numerics.h"
 
 // True for the system-missing value and for NaN.
@@ -184,26 +185,16 @@ void WriteBoxPlotInfo(Algorithm& algorithm, int groupFieldIndex,
                       std::span<const BoxPlotGroup> groups,
                       std::optional<double> grandMedian = std::nullopt);
 
-// One row of a pairwise table (samples by index) or of a stepwise table
-// (first and last position of a subset in the ordered samples).
-struct ComparisonRow {
-    double fFirst = 0;
-    double fSecond = 0;
-    double fStatistic = kSysMis;
-    double fStdError = kSysMis;
-    double fStdStatistic = kSysMis;
-    double fSig = kSysMis;
-    double fAdjSig = kSysMis;
-};
-
 enum class ComparisonKind { kPairwise, kStepwise };
 
 // A "PairwiseResult" or "StepwiseResult" table: the samples (field indices
 // or category positions) with one value each (named `valueName`: "MeanRank",
-// "Successes", "Median"), the rows, and the test field's index when given.
+// "Successes", "Median"), the rows (pairwise: the two samples as written
+// above; stepwise: first and last position of a subset in that list), and
+// the test field's index when given.
 void WriteComparison(Algorithm& algorithm, ComparisonKind kind, std::string_view valueName,
                      std::span<const double> samples, std::span<const double> values,
-                     std::span<const ComparisonRow> rows,
+                     std::span<const ComparisonResult> rows,
                      std::optional<int> fieldIndex = std::nullopt);
 
 // A field of the document's data dictionary.

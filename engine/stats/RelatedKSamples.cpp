@@ -9,7 +9,6 @@
 #include <map>
 #include <numeric>
 
-#include "engine/stats/MultipleComparisons.h"
 #include "engine/stats/Numerics.h"
 
 namespace {
@@ -39,30 +38,20 @@ bool Contains(std::span<const double> list, double value) {
     return std::find(list.begin(), list.end(), value) != list.end();
 }
 
-std::vector<RelatedComparison> Rows(const std::vector<ComparisonResult>& rows) {
-    std::vector<RelatedComparison> out;
-    out.reserve(rows.size());
-    for (const ComparisonResult& row : rows) {
-        out.push_back({row.fFirst, row.fSecond, row.fStatistic, row.fStdError, row.fStdStatistic,
-                       row.fSig, row.fAdjustedSig});
-    }
-    return out;
-}
-
 // Every pair of the fields compared by the difference of their values
 // times `scale`, with one standard error.
-std::vector<RelatedComparison> Pairwise(const std::vector<double>& values, double scale,
-                                        double standardError) {
+std::vector<ComparisonResult> Pairwise(const std::vector<double>& values, double scale,
+                                       double standardError) {
     std::vector<std::size_t> fields(values.size());
     std::iota(fields.begin(), fields.end(), std::size_t{0});
-    return Rows(PairwiseComparisons(fields, values, [&](std::size_t first, std::size_t second) {
+    return PairwiseComparisons(fields, values, [&](std::size_t first, std::size_t second) {
         SampleTest test;
         test.fStatistic = (values[first] - values[second]) * scale;
         test.fStdError = standardError;
         test.fStdStatistic = test.fStatistic / standardError;
         test.fSig = NormalTwoSided(test.fStdStatistic);
         return test;
-    }));
+    });
 }
 
 // The step-down subsets of the fields ordered by `values`; `test` runs the
@@ -77,7 +66,7 @@ RelatedStepwise Stepwise(const std::vector<double>& values, double sigLevel,
     for (std::size_t f : stepwise.fOrder) {
         stepwise.fValues.push_back(values[f]);
     }
-    stepwise.fRows = Rows(HomogeneousSubsets(
+    stepwise.fRows = HomogeneousSubsets(
         stepwise.fOrder,
         [&](std::span<const std::size_t> members) {
             std::vector<std::span<const double>> subset;
@@ -86,7 +75,7 @@ RelatedStepwise Stepwise(const std::vector<double>& values, double sigLevel,
             }
             return test(subset);
         },
-        sigLevel));
+        sigLevel);
     return stepwise;
 }
 
@@ -232,7 +221,7 @@ CochranResult CochranQ(RelatedColumns columns, std::span<const double> success) 
     return result;
 }
 
-std::vector<RelatedComparison> FriedmanPairwise(const FriedmanResult& result) {
+std::vector<ComparisonResult> FriedmanPairwise(const FriedmanResult& result) {
     if (!result.Computed()) {
         return {};
     }
@@ -241,7 +230,7 @@ std::vector<RelatedComparison> FriedmanPairwise(const FriedmanResult& result) {
     return Pairwise(result.fMeanRanks, 1.0, std::sqrt(k * (k + 1) / (6.0 * n)));
 }
 
-std::vector<RelatedComparison> CochranPairwise(const CochranResult& result) {
+std::vector<ComparisonResult> CochranPairwise(const CochranResult& result) {
     if (!result.Computed()) {
         return {};
     }

@@ -9,7 +9,7 @@
 #include <span>
 #include <vector>
 
-#include "engine/stats/Outcome.h"
+#include "engine/stats/MultipleComparisons.h"
 
 using RelatedColumns = std::span<const std::span<const double>>;
 
@@ -53,19 +53,6 @@ struct CochranResult : TestOutcome {
 };
 CochranResult CochranQ(RelatedColumns columns, std::span<const double> success);
 
-// One row of a pairwise table (two fields, by position in the columns) or of
-// a stepwise table (first and last position of a subset in the ordered
-// fields).
-struct RelatedComparison {
-    std::size_t fFirst = 0;
-    std::size_t fSecond = 0;
-    double fStatistic = kNoValue;
-    double fStdError = kNoValue;
-    double fStdStatistic = kNoValue; // standardized statistic
-    double fSig = kNoValue;
-    double fAdjustedSig = kNoValue;
-};
-
 // Pairwise comparisons of the fields. The first field of a
 // pair is the one with the smaller mean rank (Friedman, Kendall) or the
 // fewer successes (Cochran); on a tie, the earlier field. The statistic is
@@ -73,9 +60,9 @@ struct RelatedComparison {
 // never positive; the significance is two-sided from the standard normal,
 // and the adjusted one is Bonferroni's over the k(k-1)/2 pairs.
 // Pairs of mean ranks with standard error sqrt(k(k+1)/(6n)) (Friedman and Kendall).
-std::vector<RelatedComparison> FriedmanPairwise(const FriedmanResult& result);
+std::vector<ComparisonResult> FriedmanPairwise(const FriedmanResult& result);
 // Pairs of success proportions with the pair standard error of the result.
-std::vector<RelatedComparison> CochranPairwise(const CochranResult& result);
+std::vector<ComparisonResult> CochranPairwise(const CochranResult& result);
 
 // Step-down homogeneous subsets: the fields ordered by their value (mean
 // rank or successes, ascending; ties keep field order), each run of
@@ -84,9 +71,9 @@ std::vector<RelatedComparison> CochranPairwise(const CochranResult& result);
 // neither has a standard error). Fields that agree in every case make a
 // subset with statistic 0 and significance 1.
 struct RelatedStepwise {
-    std::vector<std::size_t> fOrder;      // field positions, ascending by value
-    std::vector<double> fValues;          // the value of each field in fOrder
-    std::vector<RelatedComparison> fRows; // fFirst, fSecond: positions in fOrder
+    std::vector<std::size_t> fOrder;     // field positions, ascending by value
+    std::vector<double> fValues;         // the value of each field in fOrder
+    std::vector<ComparisonResult> fRows; // fFirst, fSecond: positions in fOrder
 };
 RelatedStepwise FriedmanStepwise(RelatedColumns columns, const FriedmanResult& result,
                                  double sigLevel);

@@ -78,7 +78,7 @@ void CheckFriedman(const std::vector<double>& numbers, const std::string& name) 
         }
         EXPECT_EQ(cases, static_cast<double>(result.fTotalN));
     }
-    const std::vector<RelatedComparison> pairs = FriedmanPairwise(result);
+    const std::vector<ComparisonResult> pairs = FriedmanPairwise(result);
     ASSERT_EQ(pairs.size(), k * (k - 1) / 2);
     for (std::size_t p = 0; p < pairs.size(); ++p) {
         ExpectSig(pairs[p].fSig, data.fRest[3 + k + p], name + "|Friedman pairwise sig");
@@ -115,7 +115,7 @@ void CheckCochran(const std::vector<double>& numbers, const std::vector<double>&
         EXPECT_EQ(result.fSuccesses[j], data.fRest[2 + j]) << name;
     }
     ExpectStatistic(result.fPairStandardError, data.fRest[2 + k], name + "|Cochran pair se");
-    const std::vector<RelatedComparison> pairs = CochranPairwise(result);
+    const std::vector<ComparisonResult> pairs = CochranPairwise(result);
     ASSERT_EQ(pairs.size(), k * (k - 1) / 2);
     for (std::size_t p = 0; p < pairs.size(); ++p) {
         ExpectSig(pairs[p].fSig, data.fRest[3 + k + p], name + "|Cochran pairwise sig");
@@ -228,7 +228,7 @@ TEST(RelatedKSamples, StepwiseSubsetsTestRunsOfOrderedFields) {
     EXPECT_EQ(stepwise.fRows[0].fSecond, 1u);
     EXPECT_EQ(stepwise.fRows[1].fFirst, 2u);
     EXPECT_EQ(stepwise.fRows[1].fSecond, 3u);
-    for (const RelatedComparison& s : stepwise.fRows) {
+    for (const ComparisonResult& s : stepwise.fRows) {
         std::vector<std::vector<double>> members;
         for (std::size_t p = s.fFirst; p <= s.fSecond; ++p) {
             members.push_back(fields[stepwise.fOrder[p]]);
