@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -158,30 +159,29 @@ void WriteBoxPlots(Algorithm& algorithm, int groupField, const FieldCases& cases
                      median != nullptr ? std::optional<double>(median->fMedian) : std::nullopt);
 }
 
-// A test that cannot be computed keeps its record with the reason's message.
-void WriteCannotCompute(Document& doc, std::string_view name, std::string_view conditionKey,
-                        int field, int groupField, int code) {
-    Algorithm algorithm =
-        doc.AddAlgorithm(name, Classification::kIndependent, Decision::kUnableToCompute);
-    algorithm.Condition(conditionKey, {Param(field), Param(groupField)});
-    const Message message{code, MessageType::kError, {Param(field)}, ""};
-    algorithm.Messages(std::span<const Message>(&message, 1));
-}
+// One test field of the independent-samples tests and what its records need.
+struct FieldRun {
+    Document& fDoc;
+    const FieldCases& fCases;
+    int fField;
+    int fGroupField;
+    const IndependentPlan& fPlan;
+    const Criteria& fCriteria;
 
-// A two-sample test on a field whose cases fall in another number of groups
-// than two keeps its record with the number of groups it found.
-void WriteNotTwoGroups(Document& doc, std::string_view name, std::string_view conditionKey,
-                       int field, int groupField, std::size_t groups) {
-    Algorithm algorithm =
-        doc.AddAlgorithm(name, Classification::kIndependent, Decision::kUnableToCompute);
-    algorithm.Condition(conditionKey, {Param(field), Param(groupField)});
-    const Message message{message::kNotTwoGroups, MessageType::kError, {Param(groups)}, ""};
-    algorithm.Messages(std::span<const Message>(&message, 1));
-}
-
-std::string Key(std::string_view test) {
-    return "DefaultAllDistinctValuesUsed_I_" + std::string(test) + "_2";
-}
+    // The Algorithm of `test` with its condition: the test field and the
+    // grouping field.
+    Algorithm Add(Test test, Decision decision) const {
+        Algorithm algorithm = fDoc.AddAlgorithm(test, decision);
+        algorithm.Condition({Param(fField), Param(fGroupField)});
+        return algorithm;
+    }
+    Algorithm Add(Test test, double sig) const { return Add(test, Decide(sig, fCriteria.fAlpha)); }
+    // A test that cannot be computed keeps its record with the message that
+    // says why.
+    void Unable(Test test, int code, std::vector<Param> params = {}) const {
+        Add(test, Decision::kUnableToCompute).Unable(code, std::move(params));
+    }
+};
 
 // Comparisons of a k-sample test, as the document writes them, with the
 // messages about single pairs.
@@ -224,18 +224,13 @@ void WriteComparisons(Algorithm& algorithm, const Comparisons& comparisons,
                     comparisons.fValues, comparisons.fRows, field);
 }
 
-void MannWhitneyRecord(Document& doc, const FieldCases& cases, int field, int groupField,
-                       double alpha) {
-    const MannWhitneyResult r = MannWhitney(cases.View());
+void MannWhitneyRecord(const FieldRun& run) {
+    const MannWhitneyResult r = MannWhitney(run.fCases.View());
     if (!r.Computed()) {
-        WriteCannotCompute(doc, "IMannWhitneyU", Key("MannWhitneyU"), field, groupField,
-                           MessageCode(r.fOutcome));
+        run.Unable(Test::kMannWhitney, MessageCode(r.fOutcome));
         return;
     }
-    const double sig = r.fHasExact ? r.fExactSig : r.fAsymptoticSig;
-    Algorithm a =
-        doc.AddAlgorithm("IMannWhitneyU", Classification::kIndependent, Decide(sig, alpha));
-    a.Condition(Key("MannWhitneyU"), {Param(field), Param(groupField)});
+    Algorithm a = run.Add(Test::kMannWhitney, r.fHasExact ? r.fExactSig : r.fAsymptoticSig);
     StatisticsResult stats = a.Statistics();
     stats.Value("TotalN", static_cast<double>(r.fN1 + r.fN2))
         .Value("TestStatistic", r.fU)
@@ -247,42 +242,34 @@ void MannWhitneyRecord(Document& doc, const FieldCases& cases, int field, int gr
         stats.Value("ExactSig2Tailed", r.fExactSig);
     }
     const double meanRanks[] = {r.fMeanRank1, r.fMeanRank2};
-    WriteGroupTables(a, cases, r, meanRanks);
+    WriteGroupTables(a, run.fCases, r, meanRanks);
 }
 
-void KolmogorovSmirnovRecord(Document& doc, const FieldCases& cases, int field, int groupField,
-                             double alpha) {
-    const KolmogorovSmirnovResult r = KolmogorovSmirnovTwoSample(cases.View());
+void KolmogorovSmirnovRecord(const FieldRun& run) {
+    const KolmogorovSmirnovResult r = KolmogorovSmirnovTwoSample(run.fCases.View());
     if (!r.Computed()) {
-        WriteCannotCompute(doc, "IKolmogorovSmirnov", Key("KolmogorovSmirnov"), field, groupField,
-                           MessageCode(r.fOutcome));
+        run.Unable(Test::kTwoSampleKolmogorov, MessageCode(r.fOutcome));
         return;
     }
-    Algorithm a = doc.AddAlgorithm("IKolmogorovSmirnov", Classification::kIndependent,
-                                   Decide(r.fAsymptoticSig, alpha));
-    a.Condition(Key("KolmogorovSmirnov"), {Param(field), Param(groupField)});
+    Algorithm a = run.Add(Test::kTwoSampleKolmogorov, r.fAsymptoticSig);
     a.Statistics()
         .Value("TotalN", static_cast<double>(r.fN1 + r.fN2))
         .Group("MostExtremeDifferences",
                {{"Absolute", r.fAbsolute}, {"Positive", r.fPositive}, {"Negative", r.fNegative}})
         .Value("TestStatistic", r.fZ)
         .Value("AsymptoticSig2Tailed", r.fAsymptoticSig);
-    WriteGroupTables(a, cases, r, nullptr);
+    WriteGroupTables(a, run.fCases, r, nullptr);
 }
 
-void WaldWolfowitzRecord(Document& doc, const FieldCases& cases, int field, int groupField,
-                         double alpha) {
-    const WaldWolfowitzResult r = WaldWolfowitz(cases.View());
+void WaldWolfowitzRecord(const FieldRun& run) {
+    const WaldWolfowitzResult r = WaldWolfowitz(run.fCases.View());
     if (!r.Computed()) {
-        WriteCannotCompute(doc, "IWaldWolfowitzRuns", Key("WaldWolfowitzRuns"), field, groupField,
-                           MessageCode(r.fOutcome));
+        run.Unable(Test::kWaldWolfowitz, MessageCode(r.fOutcome));
         return;
     }
     // The most runs give the largest significance: reject only when even
     // the ordering of ties least favourable to rejection rejects.
-    Algorithm a = doc.AddAlgorithm("IWaldWolfowitzRuns", Classification::kIndependent,
-                                   Decide(r.fMaximum.fExactSig, alpha));
-    a.Condition(Key("WaldWolfowitzRuns"), {Param(field), Param(groupField)});
+    Algorithm a = run.Add(Test::kWaldWolfowitz, r.fMaximum.fExactSig);
     a.Statistics()
         .Value("TotalN", static_cast<double>(r.fN1 + r.fN2))
         .Group("MinimumPossible", {{"TestStatistic", r.fMinimum.fRuns},
@@ -293,22 +280,20 @@ void WaldWolfowitzRecord(Document& doc, const FieldCases& cases, int field, int 
                                    {"ExactSig1Tailed", r.fMaximum.fExactSig}})
         .Group("TestStatistic",
                {{"MinimumPossible", r.fMinimum.fRuns}, {"MaximumPossible", r.fMaximum.fRuns}});
-    WriteGroupTables(a, cases, r, nullptr);
+    WriteGroupTables(a, run.fCases, r, nullptr);
 }
 
-void MosesRecord(Document& doc, const FieldCases& cases, int field, int groupField,
-                 const MosesOptions& options, double alpha) {
+void MosesRecord(const FieldRun& run) {
+    const MosesOptions& options = *run.fPlan.fMoses;
     const MosesTrim trim{options.fTrimFromSample,
                          static_cast<std::size_t>(std::max(0, options.fTrim))};
     // The control group is the first category with cases.
-    const MosesResult r = Moses(cases.View(), 0, trim);
+    const MosesResult r = Moses(run.fCases.View(), 0, trim);
     if (!r.Computed()) {
-        WriteCannotCompute(doc, "IMoses", Key("Moses"), field, groupField, MessageCode(r.fOutcome));
+        run.Unable(Test::kMoses, MessageCode(r.fOutcome));
         return;
     }
-    Algorithm a =
-        doc.AddAlgorithm("IMoses", Classification::kIndependent, Decide(r.fTrimmedSig, alpha));
-    a.Condition(Key("Moses"), {Param(field), Param(groupField)});
+    Algorithm a = run.Add(Test::kMoses, r.fTrimmedSig);
     a.Statistics()
         .Value("TotalN", static_cast<double>(r.fN1 + r.fN2))
         .Group("ObservedControlGroup",
@@ -317,20 +302,16 @@ void MosesRecord(Document& doc, const FieldCases& cases, int field, int groupFie
                {{"TestStatistic", r.fTrimmedSpan}, {"ExactSig1Tailed", r.fTrimmedSig}})
         .Group("TestStatistic", {{"ObservedControlGroup", r.fObservedSpan},
                                  {"TrimmedControlGroup", r.fTrimmedSpan}});
-    WriteBoxPlots(a, groupField, cases, {r.fControl, r.fExperimental}, nullptr, nullptr);
+    WriteBoxPlots(a, run.fGroupField, run.fCases, {r.fControl, r.fExperimental}, nullptr, nullptr);
 }
 
-void HodgesLehmannRecord(Document& doc, const FieldCases& cases, int field, int groupField,
-                         double ciLevel) {
-    const HodgesLehmannResult r = HodgesLehmann(cases.View(), ciLevel / 100);
-    Algorithm a = doc.AddAlgorithm("IHodgesLehmannEstimateGroups", Classification::kIndependent,
-                                   r.Computed() ? Decision::kNone : Decision::kUnableToCompute);
-    a.Condition("AllDistinctValuesUsed_I_HodgesLehman_2", {Param(field), Param(groupField)});
+void HodgesLehmannRecord(const FieldRun& run) {
+    const HodgesLehmannResult r = HodgesLehmann(run.fCases.View(), run.fCriteria.fCILevel / 100);
     if (!r.Computed()) {
-        const Message message{MessageCode(r.fOutcome), MessageType::kError, {Param(field)}, ""};
-        a.Messages(std::span<const Message>(&message, 1));
+        run.Unable(Test::kGroupsHodgesLehmann, MessageCode(r.fOutcome));
         return;
     }
+    Algorithm a = run.Add(Test::kGroupsHodgesLehmann, Decision::kNone);
     if (!r.fHasInterval) {
         const Message message{message::kIntervalNotReached, MessageType::kWarning, {}, ""};
         a.Messages(std::span<const Message>(&message, 1));
@@ -340,107 +321,131 @@ void HodgesLehmannRecord(Document& doc, const FieldCases& cases, int field, int 
         .Group("Asymptotic", {{"LowerBound", r.fLower}, {"UpperBound", r.fUpper}});
 }
 
-void KruskalWallisRecord(Document& doc, const FieldCases& cases, int field, int groupField,
-                         const KruskalWallisOptions& options, double alpha) {
-    const KruskalWallisResult r = KruskalWallis(cases.View());
+// A k-sample test's record: its statistics (`stats`), box plots and the
+// comparisons the options ask for, whose messages about single pairs come
+// before the statistics.
+template <typename Result>
+void KSampleRecord(const FieldRun& run, Test test, const Result& r, double sig, Compare compare,
+                   const std::vector<double>& shown, std::string_view shownName,
+                   const std::vector<double>* meanRanks, const MedianTestResult* median,
+                   const std::function<std::vector<ComparisonResult>()>& pairwise,
+                   const std::function<std::vector<ComparisonResult>()>& stepwise,
+                   const std::function<void(StatisticsResult&)>& stats) {
     if (!r.Computed()) {
-        WriteCannotCompute(doc, "IKruskalWallis", Key("KruskalWallis"), field, groupField,
-                           MessageCode(r.fOutcome));
+        run.Unable(test, MessageCode(r.fOutcome));
         return;
     }
     Comparisons comparisons;
-    if (options.fCompare != Compare::kNone) {
-        comparisons = MakeComparisons(options.fCompare, r.fSamples, r.fMeanRank,
-                                      options.fCompare == Compare::kStepwise
-                                          ? KruskalWallisSubsets(cases.View(), r, alpha)
-                                          : KruskalWallisPairwise(r));
+    if (compare != Compare::kNone) {
+        comparisons = MakeComparisons(compare, r.fSamples, shown,
+                                      compare == Compare::kStepwise ? stepwise() : pairwise());
     }
-    Algorithm a =
-        doc.AddAlgorithm("IKruskalWallis", Classification::kIndependent, Decide(r.fSig, alpha));
-    a.Condition(Key("KruskalWallis"), {Param(field), Param(groupField)});
+    Algorithm a = run.Add(test, sig);
     a.Messages(comparisons.fMessages);
-    a.Statistics()
-        .Value("TotalN", static_cast<double>(r.fTotalN))
-        .Value("TestStatistic", r.fStatistic)
-        .Value("DegreeOfFreedom", r.fDf)
-        .Value("AsymptoticSig2Tailed", r.fSig);
-    WriteBoxPlots(a, groupField, cases, r.fSamples, &r.fMeanRank, nullptr);
-    if (options.fCompare != Compare::kNone) {
-        WriteComparisons(a, comparisons, "MeanRank", field);
+    StatisticsResult statistics = a.Statistics();
+    stats(statistics);
+    WriteBoxPlots(a, run.fGroupField, run.fCases, r.fSamples, meanRanks, median);
+    if (compare != Compare::kNone) {
+        WriteComparisons(a, comparisons, shownName, run.fField);
     }
 }
 
-void JonckheereRecord(Document& doc, const FieldCases& cases, int field, int groupField,
-                      const JonckheereOptions& options, double alpha) {
-    const JonckheereResult r = JonckheereTerpstra(cases.View(), !options.fAscending);
-    if (!r.Computed()) {
-        WriteCannotCompute(doc, "IJonckheereTerpstra", Key("JonckheereTerpstra"), field, groupField,
-                           MessageCode(r.fOutcome));
-        return;
-    }
-    Comparisons comparisons;
-    if (options.fCompare != Compare::kNone) {
-        comparisons = MakeComparisons(options.fCompare, r.fSamples, r.fMeanRank,
-                                      options.fCompare == Compare::kStepwise
-                                          ? JonckheereSubsets(cases.View(), r, alpha)
-                                          : JonckheerePairwise(cases.View(), r));
-    }
-    Algorithm a = doc.AddAlgorithm("IJonckheereTerpstra", Classification::kIndependent,
-                                   Decide(r.fSig, alpha));
-    a.Condition(Key("JonckheereTerpstra"), {Param(field), Param(groupField)});
-    a.Messages(comparisons.fMessages);
-    a.Statistics()
-        .Value("TotalN", static_cast<double>(r.fTotalN))
-        .Value("TestStatistic", r.fStatistic)
-        .Value("StandardError", r.fStdError)
-        .Value("StandardizedTestStatistic", r.fStdStatistic)
-        .Value("AsymptoticSig2Tailed", r.fSig);
-    WriteBoxPlots(a, groupField, cases, r.fSamples, &r.fMeanRank, nullptr);
-    if (options.fCompare != Compare::kNone) {
-        WriteComparisons(a, comparisons, "MeanRank", field);
-    }
+void KruskalWallisRecord(const FieldRun& run) {
+    const Compare compare = run.fPlan.fKruskalWallis.value_or(KruskalWallisOptions{}).fCompare;
+    const GroupedValues cases = run.fCases.View();
+    const KruskalWallisResult r = KruskalWallis(cases);
+    KSampleRecord(
+        run, Test::kKruskalWallis, r, r.fSig, compare, r.fMeanRank, "MeanRank", &r.fMeanRank,
+        nullptr, [&] { return KruskalWallisPairwise(r); },
+        [&] { return KruskalWallisSubsets(cases, r, run.fCriteria.fAlpha); },
+        [&](StatisticsResult& stats) {
+            stats.Value("TotalN", static_cast<double>(r.fTotalN))
+                .Value("TestStatistic", r.fStatistic)
+                .Value("DegreeOfFreedom", r.fDf)
+                .Value("AsymptoticSig2Tailed", r.fSig);
+        });
 }
 
-void MedianRecord(Document& doc, const FieldCases& cases, int field, int groupField,
-                  const MedianOptions& options, double alpha) {
+void JonckheereRecord(const FieldRun& run) {
+    const JonckheereOptions& options = *run.fPlan.fJonckheere;
+    const GroupedValues cases = run.fCases.View();
+    const JonckheereResult r = JonckheereTerpstra(cases, !options.fAscending);
+    KSampleRecord(
+        run, Test::kJonckheere, r, r.fSig, options.fCompare, r.fMeanRank, "MeanRank", &r.fMeanRank,
+        nullptr, [&] { return JonckheerePairwise(cases, r); },
+        [&] { return JonckheereSubsets(cases, r, run.fCriteria.fAlpha); },
+        [&](StatisticsResult& stats) {
+            stats.Value("TotalN", static_cast<double>(r.fTotalN))
+                .Value("TestStatistic", r.fStatistic)
+                .Value("StandardError", r.fStdError)
+                .Value("StandardizedTestStatistic", r.fStdStatistic)
+                .Value("AsymptoticSig2Tailed", r.fSig);
+        });
+}
+
+void MedianRecord(const FieldRun& run) {
+    const MedianOptions& options = *run.fPlan.fMedian;
     const std::optional<double> testValue =
         options.fSampleMedian ? std::nullopt : std::optional<double>(options.fValue);
-    const MedianTestResult r = MedianTest(cases.View(), testValue);
-    if (!r.Computed()) {
-        WriteCannotCompute(doc, "IMedian", Key("Median"), field, groupField,
-                           MessageCode(r.fOutcome));
-        return;
-    }
+    const GroupedValues cases = run.fCases.View();
+    const MedianTestResult r = MedianTest(cases, testValue);
     // Fisher's exact significance decides for two groups.
-    const double sig = r.fTwoSamples ? r.fFisherSig : r.fSig;
-    Comparisons comparisons;
-    if (options.fCompare != Compare::kNone) {
-        comparisons = MakeComparisons(options.fCompare, r.fSamples, r.fSampleMedian,
-                                      options.fCompare == Compare::kStepwise
-                                          ? MedianSubsets(cases.View(), r, testValue, alpha)
-                                          : MedianPairwise(cases.View(), r, testValue));
-    }
-    Algorithm a = doc.AddAlgorithm("IMedian", Classification::kIndependent, Decide(sig, alpha));
-    a.Condition(Key("Median"), {Param(field), Param(groupField)});
-    a.Messages(comparisons.fMessages);
-    StatisticsResult stats = a.Statistics();
-    stats.Value("TotalN", static_cast<double>(r.fTotalN))
-        .Value("Median", r.fMedian)
-        .Value("TestStatistic", r.fChiSquare)
-        .Value("DegreeOfFreedom", r.fDf)
-        .Value("AsymptoticSig2Tailed", r.fSig);
-    if (r.fTwoSamples) {
-        stats
-            .Group("YatesContinuityCorrection", {{"TestStatistic", r.fYatesChiSquare},
-                                                 {"DegreeOfFreedom", 1.0},
-                                                 {"AsymptoticSig2Tailed", r.fYatesSig}})
-            .Value("FisherExactSig", r.fFisherSig);
-    }
-    WriteBoxPlots(a, groupField, cases, r.fSamples, nullptr, &r);
-    if (options.fCompare != Compare::kNone) {
-        WriteComparisons(a, comparisons, "Median", field);
-    }
+    KSampleRecord(
+        run, Test::kMedian, r, r.fTwoSamples ? r.fFisherSig : r.fSig, options.fCompare,
+        r.fSampleMedian, "Median", nullptr, &r, [&] { return MedianPairwise(cases, r, testValue); },
+        [&] { return MedianSubsets(cases, r, testValue, run.fCriteria.fAlpha); },
+        [&](StatisticsResult& stats) {
+            stats.Value("TotalN", static_cast<double>(r.fTotalN))
+                .Value("Median", r.fMedian)
+                .Value("TestStatistic", r.fChiSquare)
+                .Value("DegreeOfFreedom", r.fDf)
+                .Value("AsymptoticSig2Tailed", r.fSig);
+            if (r.fTwoSamples) {
+                stats
+                    .Group("YatesContinuityCorrection", {{"TestStatistic", r.fYatesChiSquare},
+                                                         {"DegreeOfFreedom", 1.0},
+                                                         {"AsymptoticSig2Tailed", r.fYatesSig}})
+                    .Value("FisherExactSig", r.fFisherSig);
+            }
+        });
 }
+
+// The tests of the family in the order of their records, with whether the
+// plan asks for each (given the number of groups with cases, for the tests
+// chosen without test keywords) and its writer.
+struct IndependentTest {
+    Test fTest;
+    bool fTwoSample;
+    bool (*fAsked)(const IndependentPlan& plan, std::size_t groups);
+    void (*fWrite)(const FieldRun& run);
+};
+
+constexpr IndependentTest kIndependentTests[] = {
+    {Test::kMannWhitney, true,
+     [](const IndependentPlan& p, std::size_t groups) {
+         return p.fMannWhitney || (p.fChooseTests && groups == 2);
+     },
+     MannWhitneyRecord},
+    {Test::kWaldWolfowitz, true,
+     [](const IndependentPlan& p, std::size_t) { return p.fWaldWolfowitz; }, WaldWolfowitzRecord},
+    {Test::kTwoSampleKolmogorov, true,
+     [](const IndependentPlan& p, std::size_t) { return p.fKolmogorovSmirnov; },
+     KolmogorovSmirnovRecord},
+    {Test::kMoses, true, [](const IndependentPlan& p, std::size_t) { return p.fMoses.has_value(); },
+     MosesRecord},
+    {Test::kKruskalWallis, false,
+     [](const IndependentPlan& p, std::size_t groups) {
+         return p.fKruskalWallis.has_value() || (p.fChooseTests && groups != 2);
+     },
+     KruskalWallisRecord},
+    {Test::kMedian, false,
+     [](const IndependentPlan& p, std::size_t) { return p.fMedian.has_value(); }, MedianRecord},
+    {Test::kJonckheere, false,
+     [](const IndependentPlan& p, std::size_t) { return p.fJonckheere.has_value(); },
+     JonckheereRecord},
+    {Test::kGroupsHodgesLehmann, true,
+     [](const IndependentPlan& p, std::size_t) { return p.fHodgesLehmann; }, HodgesLehmannRecord},
+};
 
 std::size_t GroupsWithCases(const FieldCases& cases) {
     std::vector<char> seen(cases.fGroupCount, 0);
@@ -458,78 +463,27 @@ void WriteIndependentTests(const SplitData& data, const IndependentPlan& plan,
     if (groupField < 0 || groupField >= data.FieldCount()) {
         return;
     }
-    const double alpha = criteria.fAlpha;
     for (const int field : plan.fFields) {
         if (field < 0 || field >= data.FieldCount() || field == groupField) {
             continue;
         }
         const FieldCases cases = Collect(data, field, groupField);
-        // Every test of the family orders the values; a nominal field has no order.
+        const FieldRun run{doc, cases, field, groupField, plan, criteria};
+        // Every test of the family orders the values; a nominal field has no
+        // order. The two-sample tests need the cases in exactly two groups (a
+        // field without cases says so in its own message).
         const bool nominal = data.GetVariable(field).fLevel == MeasureLevel::kNominal;
-        const auto run = [&](std::string_view name, std::string_view test, auto&& write) {
-            if (nominal) {
-                WriteCannotCompute(doc, name, Key(test), field, groupField, message::kNominal);
-            } else {
-                write();
-            }
-        };
-        // The two-sample tests need the cases in exactly two groups (a field
-        // without cases says so in its own message).
         const std::size_t groups = GroupsWithCases(cases);
-        const bool notTwo = !nominal && groups != 2 && groups != 0;
-        const auto runTwo = [&](std::string_view name, std::string_view test, auto&& write) {
-            if (notTwo) {
-                WriteNotTwoGroups(doc, name, Key(test), field, groupField, groups);
-            } else {
-                run(name, test, write);
+        for (const IndependentTest& test : kIndependentTests) {
+            if (!test.fAsked(plan, groups)) {
+                continue;
             }
-        };
-        bool mannWhitney = plan.fMannWhitney;
-        bool kruskalWallis = plan.fKruskalWallis.has_value();
-        if (plan.fChooseTests) {
-            (groups == 2 ? mannWhitney : kruskalWallis) = true;
-        }
-        if (mannWhitney) {
-            runTwo("IMannWhitneyU", "MannWhitneyU",
-                   [&] { MannWhitneyRecord(doc, cases, field, groupField, alpha); });
-        }
-        if (plan.fWaldWolfowitz) {
-            runTwo("IWaldWolfowitzRuns", "WaldWolfowitzRuns",
-                   [&] { WaldWolfowitzRecord(doc, cases, field, groupField, alpha); });
-        }
-        if (plan.fKolmogorovSmirnov) {
-            runTwo("IKolmogorovSmirnov", "KolmogorovSmirnov",
-                   [&] { KolmogorovSmirnovRecord(doc, cases, field, groupField, alpha); });
-        }
-        if (plan.fMoses) {
-            runTwo("IMoses", "Moses",
-                   [&] { MosesRecord(doc, cases, field, groupField, *plan.fMoses, alpha); });
-        }
-        if (kruskalWallis) {
-            const KruskalWallisOptions options =
-                plan.fKruskalWallis.value_or(KruskalWallisOptions{});
-            run("IKruskalWallis", "KruskalWallis",
-                [&] { KruskalWallisRecord(doc, cases, field, groupField, options, alpha); });
-        }
-        if (plan.fMedian) {
-            run("IMedian", "Median",
-                [&] { MedianRecord(doc, cases, field, groupField, *plan.fMedian, alpha); });
-        }
-        if (plan.fJonckheere) {
-            run("IJonckheereTerpstra", "JonckheereTerpstra",
-                [&] { JonckheereRecord(doc, cases, field, groupField, *plan.fJonckheere, alpha); });
-        }
-        if (plan.fHodgesLehmann) {
             if (nominal) {
-                WriteCannotCompute(doc, "IHodgesLehmannEstimateGroups",
-                                   "AllDistinctValuesUsed_I_HodgesLehman_2", field, groupField,
-                                   message::kNominal);
-            } else if (notTwo) {
-                WriteNotTwoGroups(doc, "IHodgesLehmannEstimateGroups",
-                                  "AllDistinctValuesUsed_I_HodgesLehman_2", field, groupField,
-                                  groups);
+                run.Unable(test.fTest, message::kNominal);
+            } else if (test.fTwoSample && groups != 2 && groups != 0) {
+                run.Unable(test.fTest, message::kNotTwoGroups, {Param(groups)});
             } else {
-                HodgesLehmannRecord(doc, cases, field, groupField, criteria.fCILevel);
+                test.fWrite(run);
             }
         }
     }

@@ -210,6 +210,12 @@ void Algorithm::SetDecision(Decision decision) {
     }
 }
 
+void Algorithm::Unable(int code, std::vector<Param> params) {
+    SetDecision(Decision::kUnableToCompute);
+    const Message message{code, MessageType::kError, std::move(params), {}};
+    Messages(std::span<const Message>(&message, 1));
+}
+
 void WriteHistogram(StructuredTable parent, const ValueHistogram& histogram,
                     std::string_view name) {
     SimpleTable table = parent.Simple(name, {}, {"Value", "Count"});
@@ -407,6 +413,11 @@ Algorithm Document::AddAlgorithm(std::string_view name, Classification classific
     ++fAlgorithmCount;
     fTests.attribute("number").set_value(fAlgorithmCount);
     return Algorithm(node);
+}
+
+Algorithm Document::AddAlgorithm(Test test, Decision decision) {
+    const TestNames& names = NamesOf(test);
+    return Algorithm(AddAlgorithm(names.fWord, names.fClassification, decision).Node(), names.fKey);
 }
 
 void Document::AddCategoricalInfo(int fieldIndex, double total, std::span<const double> counts) {

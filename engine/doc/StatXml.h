@@ -20,6 +20,7 @@
 #include <pugixml.hpp>
 
 #include "engine/data/Variable.h"
+#include "engine/doc/Tests.h"
 #include "engine/stats/MultipleComparisons.h"
 #include "engine/stats/Numerics.h"
 
@@ -114,8 +115,6 @@ public:
     StatisticsResult& Group(std::string_view name, std::initializer_list<NamedValue> values);
 };
 
-enum class Classification { kOneSample, kRelated, kIndependent };
-
 // The outcome written in an Algorithm's "decision".
 enum class Decision {
     kReject,
@@ -131,7 +130,8 @@ Decision Decide(double significance, double alpha);
 // One Algorithm element: a test and its tables.
 class Algorithm final : public StructuredTable {
 public:
-    explicit Algorithm(pugi::xml_node node) : StructuredTable(node) {}
+    explicit Algorithm(pugi::xml_node node, std::string_view key = {})
+        : StructuredTable(node), fKey(key) {}
 
     // The "Condition" table: its key, its parameters %1, %2, ... and, when
     // given, whether the parameters came from the sample and the field
@@ -142,6 +142,11 @@ public:
     StructuredTable Condition(std::string_view key, std::span<const Param> params,
                               std::optional<bool> useSample = std::nullopt,
                               std::span<const int> ordinalAsContinuous = {});
+    // The same with the test's own key (Tests.h).
+    StructuredTable Condition(std::initializer_list<Param> params,
+                              std::span<const int> ordinalAsContinuous = {}) {
+        return Condition(fKey, params, std::nullopt, ordinalAsContinuous);
+    }
     // The "WarningMessages" table with one "Message" table each; nothing for none.
     void Messages(std::span<const Message> messages);
     // The "StatisticsResult" table.
@@ -150,6 +155,12 @@ public:
     void ValuesNotInCategories(std::span<const std::string> values);
     // Changes the decision (written when the test turned out not computable).
     void SetDecision(Decision decision);
+    // Marks the test as not computable, with the message that says why
+    // (the code of Messages.h and its parameters).
+    void Unable(int code, std::vector<Param> params = {});
+
+private:
+    std::string_view fKey;
 };
 
 // A "Histogram" simple table (columns Value and Count: each bin's midpoint
@@ -238,6 +249,8 @@ public:
 
     // Appends an Algorithm; its tables follow through the returned handle.
     Algorithm AddAlgorithm(std::string_view name, Classification classification, Decision decision);
+    // Appends the Algorithm of `test`, named as Tests.h names it.
+    Algorithm AddAlgorithm(Test test, Decision decision);
 
     // Field information of a categorical field: the count of each category
     // position.
