@@ -73,26 +73,6 @@ bool AnyContinuous(const SplitData& data, std::span<const int> fields) {
     });
 }
 
-// Why a test of `fields` with the outcome `outcome` cannot be computed: the
-// code of its message, 0 when it can. A test that orders the values (`ordered`)
-// cannot be computed on a nominal field, whose codes have no order.
-int Blocking(const SplitData& data, std::span<const int> fields, bool ordered, Outcome outcome) {
-    if (fields.size() == 2 && fields[0] == fields[1]) {
-        return message::kCannotCompute;
-    }
-    if (ordered && AnyNominal(data, fields)) {
-        return message::kNominal;
-    }
-    return MessageCode(outcome);
-}
-
-// Marks an Algorithm as not computable, with the message `code`.
-void CannotCompute(Algorithm& algorithm, int code) {
-    algorithm.SetDecision(Decision::kUnableToCompute);
-    const Message message{code, MessageType::kError, {}, {}};
-    algorithm.Messages(std::span<const Message>(&message, 1));
-}
-
 // The name of a category in the document's tables: its position in the
 // field's category list, or the position past the list for a value that is
 // no category of the field.
@@ -140,8 +120,64 @@ std::vector<double> SuccessValues(const SplitData& data, int field,
     return values;
 }
 
-// ---------------------------------------------------------------------------
-// Two fields
+// The fields of a related-samples test and what its records need.
+struct FieldsRun {
+    const SplitData& fData;
+    std::span<const int> fFields;
+    const RelatedPlan& fPlan;
+    const Criteria& fCriteria;
+    Document& fDoc;
+    Columns fColumns; // the complete cases of the fields
+
+    int First() const { return fFields[0]; }
+    int Second() const { return fFields[1]; }
+    std::span<const double> Column(std::size_t j) const { return fColumns.fValues[j]; }
+
+    // The Algorithm of `test` with its condition: the two fields of a
+    // two-field test, the list of fields of a k-field test.
+    Algorithm Add(Test test, Decision decision, std::string_view key = {}) const {
+        Algorithm algorithm = fDoc.AddAlgorithm(test, decision);
+        const std::string_view conditionKey = key.empty() ? NamesOf(test).fKey : key;
+        // Rank tests on ordinal fields treat them as continuous.
+        const bool ranks = test != Test::kMcNemar && test != Test::kCochran &&
+                           test != Test::kMarginalHomogeneity && test != Test::kPairsHodgesLehmann;
+        const std::vector<int> ordinal = ranks ? OrdinalFields(fData, fFields) : std::vector<int>();
+        if (fFields.size() == 2 && IsTwoField(test)) {
+            algorithm.Condition(conditionKey,
+                                {FieldParam(fData, First()), FieldParam(fData, Second())},
+                                std::nullopt, ordinal);
+        } else {
+            algorithm.Condition(conditionKey, {FieldListParam(fData, fFields)}, std::nullopt,
+                                ordinal);
+        }
+        return algorithm;
+    }
+    Algorithm Add(Test test, double sig, std::string_view key = {}) const {
+        return Add(test, Decide(sig, fCriteria.fAlpha), key);
+    }
+
+    // When a test of these fields with `outcome` cannot be computed, writes
+    // its record with the message that says why and returns true. A test that
+    // orders the values (`ordered`) cannot be computed on a nominal field,
+    // whose codes have no order.
+    bool Unable(Test test, Outcome outcome, bool ordered, std::string_view key = {}) const {
+        int code = MessageCode(outcome);
+        if (fFields.size() == 2 && First() == Second()) {
+            code = message::kCannotCompute;
+        } else if (ordered && AnyNominal(fData, fFields)) {
+            code = message::kNominal;
+        }
+        if (code == 0) {
+            return false;
+        }
+        Add(test, Decision::kUnableToCompute, key).Unable(code);
+        return true;
+    }
+
+    static bool IsTwoField(Test test) {
+        return test != Test::kCochran && test != Test::kFriedman && test != Test::kKendall;
+    }
+};
 
 void WriteDifferences(Algorithm& algorithm, std::span<const double> first,
                       std::span<const double> second) {
@@ -164,70 +200,48 @@ void WriteDifferences(Algorithm& algorithm, std::span<const double> first,
 // significance, the exact one where it is reported, and the histogram of the
 // differences. `Result` is SignTestResult or WilcoxonResult.
 template <typename Result>
-void WritePairedRankTest(const SplitData& data, int a, int b, const Criteria& criteria,
-                         Document& doc, const char* name, const char* conditionKey,
-                         const Columns& columns, const Result& result, bool exactReported) {
-    const int pair[] = {a, b};
-    const double sig = exactReported ? result.fExactSig : result.fAsymptoticSig;
-    Algorithm algorithm =
-        doc.AddAlgorithm(name, Classification::kRelated, Decide(sig, criteria.fAlpha));
-    const std::vector<int> ordinal = OrdinalFields(data, pair);
-    algorithm.Condition(conditionKey, {FieldParam(data, a), FieldParam(data, b)}, std::nullopt,
-                        ordinal);
-    const int blocking = Blocking(data, pair, true, result.fOutcome);
-    if (blocking != 0) {
-        CannotCompute(algorithm, blocking);
+void WritePairedRankTest(const FieldsRun& run, Test test, const Result& result,
+                         bool exactReported) {
+    if (run.Unable(test, result.fOutcome, true)) {
+        return;
     }
+    Algorithm algorithm = run.Add(test, exactReported ? result.fExactSig : result.fAsymptoticSig);
     StatisticsResult stats = algorithm.Statistics();
-    stats.Value("TotalN", static_cast<double>(result.fTotalN));
-    if (blocking == 0) {
-        stats.Value("TestStatistic", result.fStatistic)
-            .Value("StandardError", result.fStandardError)
-            .Value("StandardizedTestStatistic", result.fStandardized)
-            .Value("AsymptoticSig2Tailed", result.fAsymptoticSig);
-        if (exactReported) {
-            stats.Value("ExactSig2Tailed", result.fExactSig);
-        }
+    stats.Value("TotalN", static_cast<double>(result.fTotalN))
+        .Value("TestStatistic", result.fStatistic)
+        .Value("StandardError", result.fStandardError)
+        .Value("StandardizedTestStatistic", result.fStandardized)
+        .Value("AsymptoticSig2Tailed", result.fAsymptoticSig);
+    if (exactReported) {
+        stats.Value("ExactSig2Tailed", result.fExactSig);
     }
-    WriteDifferences(algorithm, columns.fValues[0], columns.fValues[1]);
+    WriteDifferences(algorithm, run.Column(0), run.Column(1));
 }
 
-void WriteSign(const SplitData& data, int a, int b, const Criteria& criteria, Document& doc) {
-    const int pair[] = {a, b};
-    const Columns columns = CompleteCases(data, pair);
-    const SignTestResult result = SignTest(columns.fValues[0], columns.fValues[1]);
-    WritePairedRankTest(data, a, b, criteria, doc, "RSign", "R_Sign_2", columns, result,
-                        result.fExactReported);
+void WriteSign(const FieldsRun& run) {
+    const SignTestResult result = SignTest(run.Column(0), run.Column(1));
+    WritePairedRankTest(run, Test::kSign, result, result.fExactReported);
 }
 
-void WriteWilcoxon(const SplitData& data, int a, int b, const Criteria& criteria, Document& doc) {
-    const int pair[] = {a, b};
-    const Columns columns = CompleteCases(data, pair);
-    const WilcoxonResult result = WilcoxonSignedRank(columns.fValues[0], columns.fValues[1]);
-    WritePairedRankTest(data, a, b, criteria, doc, "RWilcoxonSignedRanks",
-                        "R_WilcoxonSignedRanks_2", columns, result, result.fHasExact);
+void WriteWilcoxon(const FieldsRun& run) {
+    const WilcoxonResult result = WilcoxonSignedRank(run.Column(0), run.Column(1));
+    WritePairedRankTest(run, Test::kPairedWilcoxon, result, result.fHasExact);
 }
 
-void WriteHodgesLehmann(const SplitData& data, int a, int b, const Criteria& criteria,
-                        Document& doc) {
-    const int pair[] = {a, b};
-    const Columns columns = CompleteCases(data, pair);
+void WriteHodgesLehmann(const FieldsRun& run) {
     const PairedHodgesLehmannResult result =
-        HodgesLehmannPaired(columns.fValues[0], columns.fValues[1], criteria.fCILevel / 100.0);
-    Algorithm algorithm =
-        doc.AddAlgorithm("RHodgesLehmannEstimatePairs", Classification::kRelated, Decision::kNone);
-    algorithm.Condition("R_HodgesLehman_2", {FieldParam(data, a), FieldParam(data, b)});
-    const int blocking = Blocking(data, pair, true, result.fOutcome);
-    const bool computed = blocking == 0;
-    if (blocking != 0 || !result.fIntervalReachable) {
-        const Message message{
-            computed ? message::kIntervalNotReached : blocking, MessageType::kWarning, {}, {}};
+        HodgesLehmannPaired(run.Column(0), run.Column(1), run.fCriteria.fCILevel / 100.0);
+    if (run.Unable(Test::kPairsHodgesLehmann, result.fOutcome, true)) {
+        return;
+    }
+    Algorithm algorithm = run.Add(Test::kPairsHodgesLehmann, Decision::kNone);
+    if (!result.fIntervalReachable) {
+        const Message message{message::kIntervalNotReached, MessageType::kWarning, {}, {}};
         algorithm.Messages(std::span<const Message>(&message, 1));
     }
     algorithm.Statistics()
-        .Value("Estimate", computed ? result.fEstimate : kSysMis)
-        .Group("Asymptotic", {{"LowerBound", computed ? result.fLower : kSysMis},
-                              {"UpperBound", computed ? result.fUpper : kSysMis}});
+        .Value("Estimate", result.fEstimate)
+        .Group("Asymptotic", {{"LowerBound", result.fLower}, {"UpperBound", result.fUpper}});
 }
 
 void WriteCategoryTable(Algorithm& algorithm, const SplitData& data, int a, int b,
@@ -254,37 +268,30 @@ void WriteCategoryTable(Algorithm& algorithm, const SplitData& data, int a, int 
     }
 }
 
-void WriteMcNemar(const SplitData& data, int a, int b, const McNemarOptions& options,
-                  const Criteria& criteria, Document& doc) {
-    const int pair[] = {a, b};
-    const Columns columns = CompleteCases(data, pair);
+void WriteMcNemar(const FieldsRun& run) {
+    const McNemarOptions& options = *run.fPlan.fMcNemar;
     const std::vector<double> success =
-        SuccessValues(data, a, options.fSuccess, columns.fValues[0]);
-    const McNemarResult result = McNemar(columns.fValues[0], columns.fValues[1], success);
-    const double sig = result.fExactReported ? result.fExactSig : result.fAsymptoticSig;
-    Algorithm algorithm =
-        doc.AddAlgorithm("RMcNemar", Classification::kRelated, Decide(sig, criteria.fAlpha));
-    algorithm.Condition(options.fSuccess.fFirst ? "AllDistinctValuesUsed_R_McNemar_2"
-                                                : "CategoryListsAreSpecified_R_McNemar_2",
-                        {FieldParam(data, a), FieldParam(data, b)});
-    const int blocking = Blocking(data, pair, false, result.fOutcome);
-    if (blocking != 0) {
-        CannotCompute(algorithm, blocking);
+        SuccessValues(run.fData, run.First(), options.fSuccess, run.Column(0));
+    const McNemarResult result = McNemar(run.Column(0), run.Column(1), success);
+    const std::string_view key =
+        options.fSuccess.fFirst ? std::string_view() : "CategoryListsAreSpecified_R_McNemar_2";
+    if (run.Unable(Test::kMcNemar, result.fOutcome, false, key)) {
+        return;
     }
+    Algorithm algorithm = run.Add(
+        Test::kMcNemar, result.fExactReported ? result.fExactSig : result.fAsymptoticSig, key);
     StatisticsResult stats = algorithm.Statistics();
-    stats.Value("TotalN", static_cast<double>(result.fTotalN));
-    if (blocking == 0) {
-        stats.Value("TestStatistic", result.fStatistic)
-            .Value("DegreeOfFreedom", result.fDegreesOfFreedom)
-            .Value("AsymptoticSig2Tailed", result.fAsymptoticSig);
-        if (result.fExactReported) {
-            stats.Value("ExactSig2Tailed", result.fExactSig);
-        }
+    stats.Value("TotalN", static_cast<double>(result.fTotalN))
+        .Value("TestStatistic", result.fStatistic)
+        .Value("DegreeOfFreedom", result.fDegreesOfFreedom)
+        .Value("AsymptoticSig2Tailed", result.fAsymptoticSig);
+    if (result.fExactReported) {
+        stats.Value("ExactSig2Tailed", result.fExactSig);
     }
     // The two-by-two table: failure then success, each named by one of its
     // values (the first failure value met).
     double failure = kSysMis;
-    for (const auto& column : columns.fValues) {
+    for (const auto& column : run.fColumns.fValues) {
         for (double value : column) {
             if (failure == kSysMis &&
                 std::find(success.begin(), success.end(), value) == success.end()) {
@@ -297,35 +304,23 @@ void WriteMcNemar(const SplitData& data, int a, int b, const McNemarOptions& opt
     table.fCounts = {result.fCounts[0][0], result.fCounts[0][1], result.fCounts[1][0],
                      result.fCounts[1][1]};
     const std::vector<double> failures{failure};
-    WriteCategoryTable(algorithm, data, a, b, table, {success, failures, success, failures});
+    WriteCategoryTable(algorithm, run.fData, run.First(), run.Second(), table,
+                       {success, failures, success, failures});
 }
 
-void WriteMarginalHomogeneity(const SplitData& data, int a, int b, const Criteria& criteria,
-                              Document& doc) {
-    const int pair[] = {a, b};
-    const Columns columns = CompleteCases(data, pair);
-    const MarginalHomogeneityResult result =
-        MarginalHomogeneity(columns.fValues[0], columns.fValues[1]);
-    Algorithm algorithm = doc.AddAlgorithm("RMarginalHomogeneity", Classification::kRelated,
-                                           Decide(result.fAsymptoticSig, criteria.fAlpha));
-    algorithm.Condition("AllDistinctValuesUsed_R_MarginalHomogeneity_2",
-                        {FieldParam(data, a), FieldParam(data, b)});
-    const int blocking = Blocking(data, pair, true, result.fOutcome);
-    if (blocking != 0) {
-        CannotCompute(algorithm, blocking);
+void WriteMarginalHomogeneity(const FieldsRun& run) {
+    const MarginalHomogeneityResult result = MarginalHomogeneity(run.Column(0), run.Column(1));
+    if (run.Unable(Test::kMarginalHomogeneity, result.fOutcome, true)) {
+        return;
     }
-    StatisticsResult stats = algorithm.Statistics();
-    stats.Value("TotalN", static_cast<double>(result.fTotalN));
-    if (blocking == 0) {
-        stats.Value("TestStatistic", result.fStatistic)
-            .Value("StandardError", result.fStandardError)
-            .Value("StandardizedTestStatistic", result.fStandardized)
-            .Value("AsymptoticSig2Tailed", result.fAsymptoticSig);
-    }
-    WriteCategoryTable(algorithm, data, a, b,
-                       result.fCrosstab.fCategories.empty()
-                           ? Crosstab(columns.fValues[0], columns.fValues[1])
-                           : result.fCrosstab);
+    Algorithm algorithm = run.Add(Test::kMarginalHomogeneity, result.fAsymptoticSig);
+    algorithm.Statistics()
+        .Value("TotalN", static_cast<double>(result.fTotalN))
+        .Value("TestStatistic", result.fStatistic)
+        .Value("StandardError", result.fStandardError)
+        .Value("StandardizedTestStatistic", result.fStandardized)
+        .Value("AsymptoticSig2Tailed", result.fAsymptoticSig);
+    WriteCategoryTable(algorithm, run.fData, run.First(), run.Second(), result.fCrosstab);
 }
 
 // ---------------------------------------------------------------------------
@@ -373,96 +368,103 @@ void WriteComparisons(Algorithm& algorithm, const SplitData& data, std::span<con
                     valueName, samples, shown, rows);
 }
 
-void WriteCochran(const SplitData& data, std::span<const int> fields, const CochranOptions& options,
-                  const Criteria& criteria, Document& doc) {
-    const Columns columns = CompleteCases(data, fields);
-    const std::vector<double> success = SuccessValues(
-        data, fields.front(), options.fSuccess,
-        columns.fValues.empty() ? std::span<const double>() : columns.fValues.front());
-    const CochranResult result = CochranQ(columns.Spans(), success);
-    Algorithm algorithm = doc.AddAlgorithm("RCochransQ", Classification::kRelated,
-                                           Decide(result.fAsymptoticSig, criteria.fAlpha));
-    algorithm.Condition(options.fSuccess.fFirst ? "DefaultAllDistinctValuesUsed_R_CochransQ_1"
-                                                : "CategoryListsAreSpecified_R_CochransQ_1",
-                        {FieldListParam(data, fields)});
-    const int blocking = Blocking(data, fields, false, result.fOutcome);
-    if (blocking != 0) {
-        CannotCompute(algorithm, blocking);
+void WriteCochran(const FieldsRun& run) {
+    const CochranOptions& options = *run.fPlan.fCochran;
+    const std::vector<double> success =
+        SuccessValues(run.fData, run.First(), options.fSuccess,
+                      run.fColumns.fValues.empty() ? std::span<const double>() : run.Column(0));
+    const CochranResult result = CochranQ(run.fColumns.Spans(), success);
+    const std::string_view key =
+        options.fSuccess.fFirst ? std::string_view() : "CategoryListsAreSpecified_R_CochransQ_1";
+    if (run.Unable(Test::kCochran, result.fOutcome, false, key)) {
+        return;
     }
-    StatisticsResult stats = algorithm.Statistics();
-    stats.Value("TotalN", static_cast<double>(result.fTotalN));
-    if (blocking == 0) {
-        stats.Value("TestStatistic", result.fStatistic)
-            .Value("DegreeOfFreedom", result.fDegreesOfFreedom)
-            .Value("AsymptoticSig2Tailed", result.fAsymptoticSig);
-    }
+    Algorithm algorithm = run.Add(Test::kCochran, result.fAsymptoticSig, key);
+    algorithm.Statistics()
+        .Value("TotalN", static_cast<double>(result.fTotalN))
+        .Value("TestStatistic", result.fStatistic)
+        .Value("DegreeOfFreedom", result.fDegreesOfFreedom)
+        .Value("AsymptoticSig2Tailed", result.fAsymptoticSig);
     // Percent of successes and failures per field.
     std::vector<std::string> rowNames;
-    for (int field : fields) {
-        rowNames.push_back(std::to_string(data.DocumentIndex(field)));
+    for (int field : run.fFields) {
+        rowNames.push_back(std::to_string(run.fData.DocumentIndex(field)));
     }
     const std::string columnNames[] = {"Success", "Failure"};
     SimpleTable content =
         algorithm.Table("TwoClassComparison").Simple("Content", rowNames, columnNames);
     const double n = static_cast<double>(result.fTotalN);
-    for (std::size_t j = 0; j < fields.size(); ++j) {
+    for (std::size_t j = 0; j < run.fFields.size(); ++j) {
         const double successes = j < result.fSuccesses.size() ? result.fSuccesses[j] : 0.0;
         content.Row({n > 0 ? 100.0 * successes / n : kSysMis,
                      n > 0 ? 100.0 * (n - successes) / n : kSysMis});
     }
-    if (blocking == 0) {
-        const RelatedStepwise stepwise =
-            options.fCompare == Compare::kStepwise
-                ? CochranStepwise(columns.Spans(), success, result, criteria.fAlpha)
-                : RelatedStepwise{};
-        WriteComparisons(algorithm, data, fields, options.fCompare, "Successes", result.fSuccesses,
-                         CochranPairwise(result), stepwise);
-    }
+    const RelatedStepwise stepwise =
+        options.fCompare == Compare::kStepwise
+            ? CochranStepwise(run.fColumns.Spans(), success, result, run.fCriteria.fAlpha)
+            : RelatedStepwise{};
+    WriteComparisons(algorithm, run.fData, run.fFields, options.fCompare, "Successes",
+                     result.fSuccesses, CochranPairwise(result), stepwise);
 }
 
-void WriteFriedman(const SplitData& data, std::span<const int> fields,
-                   const FriedmanOptions& options, bool kendall, const Criteria& criteria,
-                   Document& doc) {
-    const Columns columns = CompleteCases(data, fields);
-    const FriedmanResult result = Friedman(columns.Spans());
-    Algorithm algorithm =
-        doc.AddAlgorithm(kendall ? "RKendallsCoefficient" : "RFriedmansTwoWayByRanks",
-                         Classification::kRelated, Decide(result.fAsymptoticSig, criteria.fAlpha));
-    const std::vector<int> ordinal = OrdinalFields(data, fields);
-    algorithm.Condition(kendall ? "R_KendallsCoefficient_1" : "R_FriedmansTwoWayByRanks_1",
-                        {FieldListParam(data, fields)}, std::nullopt, ordinal);
-    const int blocking = Blocking(data, fields, true, result.fOutcome);
-    if (blocking != 0) {
-        CannotCompute(algorithm, blocking);
+// Friedman's test, or Kendall's W of the same ranks.
+void WriteFriedman(const FieldsRun& run, Test test, const FriedmanOptions& options) {
+    const FriedmanResult result = Friedman(run.fColumns.Spans());
+    if (run.Unable(test, result.fOutcome, true)) {
+        return;
     }
+    Algorithm algorithm = run.Add(test, result.fAsymptoticSig);
     StatisticsResult stats = algorithm.Statistics();
     stats.Value("TotalN", static_cast<double>(result.fTotalN));
-    if (blocking == 0) {
-        if (kendall) {
-            stats.Value("KendallsW", result.fKendallW);
-        }
-        stats.Value("TestStatistic", result.fStatistic)
-            .Value("DegreeOfFreedom", result.fDegreesOfFreedom)
-            .Value("AsymptoticSig2Tailed", result.fAsymptoticSig);
+    if (test == Test::kKendall) {
+        stats.Value("KendallsW", result.fKendallW);
     }
-    for (std::size_t j = 0; j < fields.size() && j < result.fRankCounts.size(); ++j) {
+    stats.Value("TestStatistic", result.fStatistic)
+        .Value("DegreeOfFreedom", result.fDegreesOfFreedom)
+        .Value("AsymptoticSig2Tailed", result.fAsymptoticSig);
+    for (std::size_t j = 0; j < run.fFields.size() && j < result.fRankCounts.size(); ++j) {
         StructuredTable info = algorithm.Table("VariableInformation");
-        info.Attribute("GroupIndex", data.DocumentIndex(fields[j]));
+        info.Attribute("GroupIndex", run.fData.DocumentIndex(run.fFields[j]));
         info.Attribute("MeanOfRank", result.fMeanRanks[j]);
         SimpleTable counts = info.Simple("RankCounts", {}, {"Rank", "Count"});
         for (const RankCount& count : result.fRankCounts[j]) {
             counts.Row({count.fRank, count.fCount});
         }
     }
-    if (blocking == 0) {
-        const RelatedStepwise stepwise =
-            options.fCompare == Compare::kStepwise
-                ? FriedmanStepwise(columns.Spans(), result, criteria.fAlpha)
-                : RelatedStepwise{};
-        WriteComparisons(algorithm, data, fields, options.fCompare, "MeanRank", result.fMeanRanks,
-                         FriedmanPairwise(result), stepwise);
-    }
+    const RelatedStepwise stepwise =
+        options.fCompare == Compare::kStepwise
+            ? FriedmanStepwise(run.fColumns.Spans(), result, run.fCriteria.fAlpha)
+            : RelatedStepwise{};
+    WriteComparisons(algorithm, run.fData, run.fFields, options.fCompare, "MeanRank",
+                     result.fMeanRanks, FriedmanPairwise(result), stepwise);
 }
+
+// The tests of the family in the order of their records, with whether the
+// plan asks for each and its writer; the two-field tests compare the first
+// field with the second and run only on two fields.
+struct RelatedTest {
+    Test fTest;
+    bool fTwoFields;
+    bool (*fAsked)(const RelatedPlan& plan);
+    void (*fWrite)(const FieldsRun& run);
+};
+
+constexpr RelatedTest kRelatedTests[] = {
+    {Test::kSign, true, [](const RelatedPlan& p) { return p.fSign; }, WriteSign},
+    {Test::kPairedWilcoxon, true, [](const RelatedPlan& p) { return p.fWilcoxon; }, WriteWilcoxon},
+    {Test::kMcNemar, true, [](const RelatedPlan& p) { return p.fMcNemar.has_value(); },
+     WriteMcNemar},
+    {Test::kMarginalHomogeneity, true, [](const RelatedPlan& p) { return p.fMarginalHomogeneity; },
+     WriteMarginalHomogeneity},
+    {Test::kCochran, false, [](const RelatedPlan& p) { return p.fCochran.has_value(); },
+     WriteCochran},
+    {Test::kFriedman, false, [](const RelatedPlan& p) { return p.fFriedman.has_value(); },
+     [](const FieldsRun& run) { WriteFriedman(run, Test::kFriedman, *run.fPlan.fFriedman); }},
+    {Test::kKendall, false, [](const RelatedPlan& p) { return p.fKendall.has_value(); },
+     [](const FieldsRun& run) { WriteFriedman(run, Test::kKendall, *run.fPlan.fKendall); }},
+    {Test::kPairsHodgesLehmann, true, [](const RelatedPlan& p) { return p.fHodgesLehmann; },
+     WriteHodgesLehmann},
+};
 
 } // namespace
 
@@ -472,51 +474,31 @@ void WriteRelatedTests(const SplitData& data, const RelatedPlan& plan, const Cri
     if (fields.size() < 2) {
         return;
     }
-    RelatedPlan run = plan;
+    RelatedPlan chosen = plan;
     if (plan.fChooseTests) {
         // Nominal fields: McNemar (two) or Cochran's Q; ordinal fields only:
         // marginal homogeneity (two) or Friedman; otherwise Wilcoxon (two)
         // or Friedman.
         if (AnyNominal(data, fields)) {
             if (fields.size() == 2) {
-                run.fMcNemar = McNemarOptions{};
+                chosen.fMcNemar = McNemarOptions{};
             } else {
-                run.fCochran = CochranOptions{};
+                chosen.fCochran = CochranOptions{};
             }
         } else if (!AnyContinuous(data, fields) && fields.size() == 2) {
-            run.fMarginalHomogeneity = true;
+            chosen.fMarginalHomogeneity = true;
         } else if (fields.size() == 2) {
-            run.fWilcoxon = true;
+            chosen.fWilcoxon = true;
         } else {
-            run.fFriedman = FriedmanOptions{};
+            chosen.fFriedman = FriedmanOptions{};
         }
     }
-    // Two-field tests: the first field against the second.
-    const int a = fields[0];
-    const int b = fields[1];
-    const bool twoFields = fields.size() == 2;
-    if (run.fSign && twoFields) {
-        WriteSign(data, a, b, criteria, doc);
-    }
-    if (run.fWilcoxon && twoFields) {
-        WriteWilcoxon(data, a, b, criteria, doc);
-    }
-    if (run.fMcNemar && twoFields) {
-        WriteMcNemar(data, a, b, *run.fMcNemar, criteria, doc);
-    }
-    if (run.fMarginalHomogeneity && twoFields) {
-        WriteMarginalHomogeneity(data, a, b, criteria, doc);
-    }
-    if (run.fCochran) {
-        WriteCochran(data, fields, *run.fCochran, criteria, doc);
-    }
-    if (run.fFriedman) {
-        WriteFriedman(data, fields, *run.fFriedman, false, criteria, doc);
-    }
-    if (run.fKendall) {
-        WriteFriedman(data, fields, *run.fKendall, true, criteria, doc);
-    }
-    if (run.fHodgesLehmann && twoFields) {
-        WriteHodgesLehmann(data, a, b, criteria, doc);
+    for (const RelatedTest& test : kRelatedTests) {
+        if (!test.fAsked(chosen) || (test.fTwoFields && fields.size() != 2)) {
+            continue;
+        }
+        const std::span<const int> tested =
+            test.fTwoFields ? std::span<const int>(fields).first(2) : std::span<const int>(fields);
+        test.fWrite({data, tested, chosen, criteria, doc, CompleteCases(data, tested)});
     }
 }
