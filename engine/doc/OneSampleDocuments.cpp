@@ -27,13 +27,6 @@ double Count(std::size_t value) {
     return static_cast<double>(value);
 }
 
-// Marks a test that could not be computed: its decision and the message that says why.
-void Unable(Algorithm& test, Outcome reason) {
-    test.SetDecision(Decision::kUnableToCompute);
-    const Message message{MessageCode(reason), MessageType::kError, {}, {}};
-    test.Messages(std::span<const Message>(&message, 1));
-}
-
 bool IsCategorical(const SplitData& data, int field) {
     return data.GetVariable(field).IsCategorical() || data.GetVariable(field).IsString();
 }
@@ -158,14 +151,16 @@ void OneSampleWriter::ChiSquare(int field, const ChiSquareOptions& options) {
     }
     const OneSampleChiSquareResult result = ChiSquareGoodnessOfFit(values, categories, frequencies);
     const int index = fData.DocumentIndex(field);
-    Algorithm test = fDoc.AddAlgorithm("OChiSquare", Classification::kOneSample,
-                                       Decide(Num(result.fAsymptoticSig), fCriteria.fAlpha));
+    Algorithm test =
+        fDoc.AddAlgorithm(Test::kChiSquare, Decide(Num(result.fAsymptoticSig), fCriteria.fAlpha));
     test.Condition(options.fEqual ? "DefaultEqualProbabilities_O_ChiSquare_1"
                                   : "UserSpecifiesProbabilities_O_ChiSquare_1",
                    {index});
     if (!result.Computed()) {
-        Unable(test, result.fOutcome);
-    } else if (result.fOutsideCount > 0) {
+        test.Unable(MessageCode(result.fOutcome));
+        return;
+    }
+    if (result.fOutsideCount > 0) {
         const Message message{
             message::kOutsideCategories, MessageType::kWarning, {Count(result.fOutsideCount)}, {}};
         test.Messages(std::span<const Message>(&message, 1));
@@ -175,9 +170,6 @@ void OneSampleWriter::ChiSquare(int field, const ChiSquareOptions& options) {
         .Value("TestStatistic", Num(result.fStatistic))
         .Value("DegreeOfFreedom", Num(result.fDegreesOfFreedom))
         .Value("AsymptoticSig2Tailed", Num(result.fAsymptoticSig));
-    if (!result.Computed()) {
-        return;
-    }
     std::vector<std::string> outside;
     const std::vector<double> codes = Codes(fData, field, result.fCategories, written, outside);
     std::vector<std::string> columns;
@@ -256,20 +248,19 @@ void OneSampleWriter::Binomial(int field, const BinomialOptions& options) {
     }
     const std::size_t trials = counts.fSuccesses + counts.fFailures;
     const BinomialResult result = BinomialTest(counts.fSuccesses, trials, p0);
-    Algorithm test = fDoc.AddAlgorithm("OBinomial", Classification::kOneSample,
-                                       Decide(Num(result.fExactSig2Tailed), fCriteria.fAlpha));
+    Algorithm test =
+        fDoc.AddAlgorithm(Test::kBinomial, Decide(Num(result.fExactSig2Tailed), fCriteria.fAlpha));
     test.Condition(key, params);
     if (!result.Computed()) {
-        Unable(test, result.fOutcome);
-    }
-    test.ValuesNotInCategories(outside);
-    test.Statistics()
-        .Value("TotalN", Count(trials))
-        .Value("TestStatistic", Count(counts.fSuccesses))
-        .Value("StandardError", Num(result.fStandardError))
-        .Value("StandardizedTestStatistic", Num(result.fStandardized))
-        .Value("ExactSig2Tailed", Num(result.fExactSig2Tailed));
-    if (result.Computed()) {
+        test.Unable(MessageCode(result.fOutcome));
+    } else {
+        test.ValuesNotInCategories(outside);
+        test.Statistics()
+            .Value("TotalN", Count(trials))
+            .Value("TestStatistic", Count(counts.fSuccesses))
+            .Value("StandardError", Num(result.fStandardError))
+            .Value("StandardizedTestStatistic", Num(result.fStandardized))
+            .Value("ExactSig2Tailed", Num(result.fExactSig2Tailed));
         const double n = Count(trials);
         test.Table("TwoClassComparison")
             .Simple("Content", {"Observed", "Hypothesized"}, {"Success", "Failure"})
@@ -282,8 +273,7 @@ void OneSampleWriter::Binomial(int field, const BinomialOptions& options) {
     }
     const SuccessRateIntervals intervals =
         SuccessRateIntervalsOf(counts.fSuccesses, trials, fCriteria.fCILevel / 100.0);
-    Algorithm estimate = fDoc.AddAlgorithm("OEstimateConfidenceInterval",
-                                           Classification::kOneSample, Decision::kNone);
+    Algorithm estimate = fDoc.AddAlgorithm(Test::kSuccessRate, Decision::kNone);
     estimate.Condition(estimateKey, estimateParams);
     if (!intervals.Computed()) {
         const Message message{MessageCode(intervals.fOutcome), MessageType::kError, {}, {}};
@@ -334,10 +324,9 @@ void OneSampleWriter::Runs(int field, const RunsOptions& options) {
         } else {
             written = OfType(fData, field, options.fGroups.fList, fWritten);
             if (written.size() != 2) {
-                Algorithm test = fDoc.AddAlgorithm("ORuns", Classification::kOneSample,
-                                                   Decision::kUnableToCompute);
+                Algorithm test = fDoc.AddAlgorithm(Test::kRuns, Decision::kUnableToCompute);
                 test.Condition("ACutPointIsSpecified_O_Runs_2", {index, kSysMis});
-                Unable(test, Outcome::kBadParameter);
+                test.Unable(MessageCode(Outcome::kBadParameter));
                 return;
             }
             first.push_back(ValueOf(fData, field, written[0]));
@@ -384,12 +373,13 @@ void OneSampleWriter::Runs(int field, const RunsOptions& options) {
     }
     const double sig =
         result.fExactIsReported ? result.fExactSig2Tailed : result.fAsymptoticSig2Tailed;
-    Algorithm test =
-        fDoc.AddAlgorithm("ORuns", Classification::kOneSample, Decide(Num(sig), fCriteria.fAlpha));
+    Algorithm test = fDoc.AddAlgorithm(Test::kRuns, Decide(Num(sig), fCriteria.fAlpha));
     test.Condition(key, params);
     if (!result.Computed()) {
-        Unable(test, result.fOutcome);
-    } else if (result.fExcluded > 0) {
+        test.Unable(MessageCode(result.fOutcome));
+        return;
+    }
+    if (result.fExcluded > 0) {
         const Message message{
             message::kOutsideCategories, MessageType::kWarning, {Count(result.fExcluded)}, {}};
         test.Messages(std::span<const Message>(&message, 1));
@@ -415,14 +405,15 @@ void OneSampleWriter::Wilcoxon(int field, const WilcoxonOneSampleOptions& option
     const int index = fData.DocumentIndex(field);
     const OneSampleWilcoxonResult result = OneSampleWilcoxon(values, options.fTestValue);
     const double sig = result.HasExact() ? result.fExactSig2Tailed : result.fAsymptoticSig2Tailed;
-    Algorithm test = fDoc.AddAlgorithm("OWilcoxonSignedRanks", Classification::kOneSample,
-                                       Decide(Num(sig), fCriteria.fAlpha));
+    Algorithm test =
+        fDoc.AddAlgorithm(Test::kOneSampleWilcoxon, Decide(Num(sig), fCriteria.fAlpha));
     const int ordinal[] = {index};
     const bool isOrdinal = fData.GetVariable(field).fLevel == MeasureLevel::kOrdinal;
-    test.Condition("O_WilcoxonSignedRanks_2", {index, options.fTestValue}, std::nullopt,
+    test.Condition({index, options.fTestValue},
                    isOrdinal ? std::span<const int>(ordinal) : std::span<const int>());
     if (!result.Computed()) {
-        Unable(test, result.fOutcome);
+        test.Unable(MessageCode(result.fOutcome));
+        return;
     }
     StatisticsResult stats = test.Statistics();
     stats.Value("TotalN", Count(result.fTotalN))
@@ -498,15 +489,16 @@ void OneSampleWriter::KolmogorovOne(int field, KsDistribution distribution,
     const bool haveCompanion = companion && monteCarlo.Computed();
     const double decisive = haveCompanion ? monteCarlo.fSig : sig;
 
-    Algorithm test = fDoc.AddAlgorithm("OKolmogorovSmirnov", Classification::kOneSample,
-                                       Decide(Num(decisive), fCriteria.fAlpha));
+    Algorithm test =
+        fDoc.AddAlgorithm(Test::kOneSampleKolmogorov, Decide(Num(decisive), fCriteria.fAlpha));
     test.Condition(keyOf("KolmogorovSmirnov"), params, lilliefors);
     if (tooFewForLilliefors) {
         test.SetDecision(Decision::kUnableToCompute);
         const Message message{message::kNoLilliefors, MessageType::kHelp, {}, {}};
         test.Messages(std::span<const Message>(&message, 1));
     } else if (!result.Computed()) {
-        Unable(test, result.fOutcome);
+        test.Unable(MessageCode(result.fOutcome));
+        return;
     }
     StatisticsResult stats = test.Statistics();
     stats.Group("TotalN", {{"TotalN", Count(result.fTotalN)}});
@@ -519,8 +511,8 @@ void OneSampleWriter::KolmogorovOne(int field, KsDistribution distribution,
     if (!haveCompanion) {
         return;
     }
-    Algorithm lill = fDoc.AddAlgorithm("OLilliefors", Classification::kOneSample,
-                                       Decide(monteCarlo.fSig, fCriteria.fAlpha));
+    Algorithm lill =
+        fDoc.AddAlgorithm(Test::kLilliefors, Decide(monteCarlo.fSig, fCriteria.fAlpha));
     lill.Condition(keyOf("Lilliefors"), params, true);
     lill.Statistics()
         .Value("AsymptoticSig2Tailed", monteCarlo.fSig)
