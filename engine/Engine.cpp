@@ -113,12 +113,14 @@ std::vector<double> FieldValues(const Dataset& data, int index, const SplitData:
     return values;
 }
 
-void AddFieldInfo(const SplitData& split, int field, Document& doc) {
+// The field information of a field: a categorical field's counts, unless a
+// test treated the (ordinal) field as continuous, or a continuous field's
+// descriptives and histogram.
+void AddFieldInfo(const SplitData& split, int field, bool treatedAsContinuous, Document& doc) {
     const std::vector<double> valid = split.ValidValues(field);
     const Variable& variable = split.GetVariable(field);
     const double total = static_cast<double>(valid.size());
-    if ((variable.IsCategorical() || variable.IsString()) &&
-        !doc.TreatedAsContinuous(split.DocumentIndex(field))) {
+    if ((variable.IsCategorical() || variable.IsString()) && !treatedAsContinuous) {
         std::vector<double> counts(split.Categories(field).size(), 0.0);
         for (double value : valid) {
             const int at = split.CategoryPosition(field, value);
@@ -313,17 +315,24 @@ bool RunEngine(const Dataset& data, const CommandSpec& command, const EngineOpti
         closing.fLabel = "Case number";
         doc.AddField(closing);
 
+        std::vector<int> ordinalAsContinuous;
         if (plan->fOneSample) {
-            WriteOneSampleTests(split, *plan->fOneSample, plan->fCriteria, doc);
+            ordinalAsContinuous =
+                WriteOneSampleTests(split, *plan->fOneSample, plan->fCriteria, doc);
         }
         if (plan->fIndependent) {
             WriteIndependentTests(split, *plan->fIndependent, plan->fCriteria, doc);
         }
         if (plan->fRelated) {
-            WriteRelatedTests(split, *plan->fRelated, plan->fCriteria, doc);
+            const std::vector<int> related =
+                WriteRelatedTests(split, *plan->fRelated, plan->fCriteria, doc);
+            ordinalAsContinuous.insert(ordinalAsContinuous.end(), related.begin(), related.end());
         }
         for (int field : fields) {
-            AddFieldInfo(split, field, doc);
+            const bool continuous =
+                std::find(ordinalAsContinuous.begin(), ordinalAsContinuous.end(),
+                          split.DocumentIndex(field)) != ordinalAsContinuous.end();
+            AddFieldInfo(split, field, continuous, doc);
         }
         documents.push_back({key, doc.Write()});
     }

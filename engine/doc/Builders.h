@@ -17,14 +17,18 @@
 //   rejected when the plan was made; a writer may rely on the plan.
 #pragma once
 
+#include <vector>
+
 #include "engine/data/SplitData.h"
 #include "engine/doc/StatXml.h"
 #include "engine/plan/AnalysisPlan.h"
 
 // Chi-square, binomial (and the success-rate intervals), runs, Wilcoxon
-// signed rank, Kolmogorov-Smirnov (and the Lilliefors companions).
-void WriteOneSampleTests(const SplitData& data, const OneSamplePlan& plan, const Criteria& criteria,
-                         Document& doc);
+// signed rank, Kolmogorov-Smirnov (and the Lilliefors companions). Returns
+// the ordinal fields (by document index) that a test treated as continuous,
+// as the related tests do.
+std::vector<int> WriteOneSampleTests(const SplitData& data, const OneSamplePlan& plan,
+                                     const Criteria& criteria, Document& doc);
 
 // Mann-Whitney, Wald-Wolfowitz, Kolmogorov-Smirnov, Moses, Hodges-Lehmann,
 // Kruskal-Wallis, median test, Jonckheere-Terpstra, with their pairwise and
@@ -34,5 +38,5 @@ void WriteIndependentTests(const SplitData& data, const IndependentPlan& plan,
 
 // Sign, Wilcoxon, McNemar, marginal homogeneity, Cochran's Q, Friedman,
 // Kendall's W, Hodges-Lehmann, with their pairwise and stepwise comparisons.
-void WriteRelatedTests(const SplitData& data, const RelatedPlan& plan, const Criteria& criteria,
-                       Document& doc);
+std::vector<int> WriteRelatedTests(const SplitData& data, const RelatedPlan& plan,
+                                   const Criteria& criteria, Document& doc);

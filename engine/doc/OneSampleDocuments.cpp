@@ -116,6 +116,9 @@ private:
     const Criteria& fCriteria;
     Document& fDoc;
     std::vector<CommandValue> fWritten; // the command values of the field in hand
+
+public:
+    std::vector<int> fOrdinalAsContinuous; // ordinal fields a test treated as continuous
 };
 
 void OneSampleWriter::ChiSquare(int field, const ChiSquareOptions& options) {
@@ -409,6 +412,9 @@ void OneSampleWriter::Wilcoxon(int field, const WilcoxonOneSampleOptions& option
         fDoc.AddAlgorithm(Test::kOneSampleWilcoxon, Decide(Num(sig), fCriteria.fAlpha));
     const int ordinal[] = {index};
     const bool isOrdinal = fData.GetVariable(field).fLevel == MeasureLevel::kOrdinal;
+    if (isOrdinal) {
+        fOrdinalAsContinuous.push_back(index);
+    }
     test.Condition({index, options.fTestValue},
                    isOrdinal ? std::span<const int>(ordinal) : std::span<const int>());
     if (!result.Computed()) {
@@ -536,8 +542,8 @@ void OneSampleWriter::Kolmogorov(int field, const KolmogorovSmirnovOptions& opti
 }
 } // namespace
 
-void WriteOneSampleTests(const SplitData& data, const OneSamplePlan& plan, const Criteria& criteria,
-                         Document& doc) {
+std::vector<int> WriteOneSampleTests(const SplitData& data, const OneSamplePlan& plan,
+                                     const Criteria& criteria, Document& doc) {
     OneSampleWriter writer(data, criteria, doc);
     for (int field : plan.fFields) {
         if (plan.fChooseTests) {
@@ -573,4 +579,5 @@ void WriteOneSampleTests(const SplitData& data, const OneSamplePlan& plan, const
             writer.Wilcoxon(field, *plan.fWilcoxon);
         }
     }
+    return writer.fOrdinalAsContinuous;
 }

@@ -127,7 +127,8 @@ struct FieldsRun {
     const RelatedPlan& fPlan;
     const Criteria& fCriteria;
     Document& fDoc;
-    Columns fColumns; // the complete cases of the fields
+    Columns fColumns;                       // the complete cases of the fields
+    std::vector<int>* fOrdinalAsContinuous; // ordinal fields a test treated as continuous
 
     int First() const { return fFields[0]; }
     int Second() const { return fFields[1]; }
@@ -142,6 +143,7 @@ struct FieldsRun {
         const bool ranks = test != Test::kMcNemar && test != Test::kCochran &&
                            test != Test::kMarginalHomogeneity && test != Test::kPairsHodgesLehmann;
         const std::vector<int> ordinal = ranks ? OrdinalFields(fData, fFields) : std::vector<int>();
+        fOrdinalAsContinuous->insert(fOrdinalAsContinuous->end(), ordinal.begin(), ordinal.end());
         if (fFields.size() == 2 && IsTwoField(test)) {
             algorithm.Condition(conditionKey,
                                 {FieldParam(fData, First()), FieldParam(fData, Second())},
@@ -468,11 +470,12 @@ constexpr RelatedTest kRelatedTests[] = {
 
 } // namespace
 
-void WriteRelatedTests(const SplitData& data, const RelatedPlan& plan, const Criteria& criteria,
-                       Document& doc) {
+std::vector<int> WriteRelatedTests(const SplitData& data, const RelatedPlan& plan,
+                                   const Criteria& criteria, Document& doc) {
+    std::vector<int> ordinalAsContinuous;
     const std::vector<int>& fields = plan.fFields;
     if (fields.size() < 2) {
-        return;
+        return ordinalAsContinuous;
     }
     RelatedPlan chosen = plan;
     if (plan.fChooseTests) {
@@ -499,6 +502,8 @@ void WriteRelatedTests(const SplitData& data, const RelatedPlan& plan, const Cri
         }
         const std::span<const int> tested =
             test.fTwoFields ? std::span<const int>(fields).first(2) : std::span<const int>(fields);
-        test.fWrite({data, tested, chosen, criteria, doc, CompleteCases(data, tested)});
+        test.fWrite({data, tested, chosen, criteria, doc, CompleteCases(data, tested),
+                     &ordinalAsContinuous});
     }
+    return ordinalAsContinuous;
 }

@@ -432,25 +432,6 @@ void Document::AddCategoricalInfo(int fieldIndex, double total, std::span<const 
     }
 }
 
-bool Document::TreatedAsContinuous(int fieldIndex) const {
-    const std::string index = std::to_string(fieldIndex);
-    const pugi::xml_node found = fTests.find_node([&](pugi::xml_node node) {
-        if (std::string_view(node.name()) != "Attribute" ||
-            std::string_view(node.attribute("name").value()) != "OrdinalTreatedAsCont") {
-            return false;
-        }
-        std::istringstream words(node.attribute("value").value());
-        std::string word;
-        while (words >> word) {
-            if (word == index) {
-                return true;
-            }
-        }
-        return false;
-    });
-    return static_cast<bool>(found);
-}
-
 void Document::AddContinuousInfo(int fieldIndex, double total, double min, double max, double mean,
                                  double stdDev, const ValueHistogram& histogram) {
     pugi::xml_node node = fInfos.append_child("FieldInfo");

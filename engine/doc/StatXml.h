@@ -255,10 +255,6 @@ public:
     // Field information of a categorical field: the count of each category
     // position.
     void AddCategoricalInfo(int fieldIndex, double total, std::span<const double> counts);
-    // Whether a test written so far treated the ordinal field as continuous
-    // (its condition lists the field in "OrdinalTreatedAsCont"); such a field
-    // gets the field information of a continuous field.
-    bool TreatedAsContinuous(int fieldIndex) const;
     // Field information of a continuous field: descriptives and a histogram.
     void AddContinuousInfo(int fieldIndex, double total, double min, double max, double mean,
                            double stdDev, const ValueHistogram& histogram);
