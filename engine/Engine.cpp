@@ -198,9 +198,7 @@ bool RunEngine(const Dataset& data, const CommandSpec& command, const EngineOpti
     if (!plan) {
         return false;
     }
-    if (options.fSeed) {
-        plan->fCriteria.fSeed = *options.fSeed;
-    }
+    plan->fCriteria.fSeed = options.fSeed;
     std::vector<int> splitBy;
     if (!ResolveSplitBy(data, options.fSplitBy, splitBy, error)) {
         return false;

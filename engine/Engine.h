@@ -4,7 +4,6 @@
 
 #include <cstdint>
 #include <functional>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -14,9 +13,10 @@ class Dataset;
 struct EngineOptions {
     std::string fDataName;             // the data file, named in each document's comment
     std::vector<std::string> fSplitBy; // split variables; none: one split of every case
-    // The seed of the Monte Carlo significances when the caller chose it (the
-    // procedure draws one for SEED=RANDOM); else the command's.
-    std::optional<std::uint32_t> fSeed;
+    // The seed of the Monte Carlo significances, as the procedure chose it
+    // from the command (it draws one for SEED=RANDOM) and names it in its
+    // notes.
+    std::uint32_t fSeed = 2000000;
     // Called before each split is computed with its number (from 0) and the count.
     std::function<void(std::size_t split, std::size_t splits)> fProgress;
     // Called now and then during a Monte Carlo significance with the samples

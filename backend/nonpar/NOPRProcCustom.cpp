@@ -15,6 +15,7 @@
 #include "host/cf/CFDump.h"
 #include "host/cf/CFSysmis.h"
 #include "host/parser/CommandDescriptor.h"
+#include "host/parser/NPTestsGrammar.h"
 #include "host/parser/ParsedCommand.h"
 #include "host/parser/ParserMessage.h"
 #include "host/parser/ParserText.h"
@@ -65,22 +66,6 @@ bool AppendTestVariables(const ParamObj* test, VarSpecObj& checker, std::vector<
     return true;
 }
 
-// The SAMPLE qualifier of a distribution keyword of KOLMOGOROV_SMIRNOV, or
-// null when it has another qualifier or none. False when the keyword's
-// qualifier cannot be read.
-bool SampleQualifier(const ParamObj& distribution, const ParamObj*& sample) {
-    std::string name;
-    const ParamObj* qualifier = nullptr;
-    sample = nullptr;
-    if (!distribution.getStringAndQual(name, qualifier)) {
-        return false;
-    }
-    if (qualifier && name == "SAMPLE") {
-        sample = qualifier;
-    }
-    return true;
-}
-
 // The text value of a keyword ("TRUE", "RANDOM"), or "" when it has none.
 std::string TextValue(const ParamObj& keyword) {
     std::string text;
@@ -91,36 +76,6 @@ std::string TextValue(const ParamObj& keyword) {
     return ToUpper(text);
 }
 
-// A distribution of KOLMOGOROV_SMIRNOV (null when not given): `fromSample`
-// becomes true when the distribution has the qualifier SAMPLE, with
-// `readValue` only when SAMPLE stands alone or is TRUE (FALSE clears it).
-// Sets `sampleRequested` when `fromSample` ends true. False when the
-// distribution's qualifier cannot be read.
-bool ReadFromSample(const ParamObj* distribution, bool readValue, bool& fromSample,
-                    bool& sampleRequested) {
-    const ParamObj* sample = nullptr;
-    if (!distribution) {
-        return true;
-    }
-    if (!SampleQualifier(*distribution, sample)) {
-        return false;
-    }
-    if (!sample) {
-        return true;
-    }
-    if (!readValue || sample->isLeadingToken()) {
-        fromSample = true;
-    } else {
-        const std::string value = TextValue(*sample);
-        if (value == "TRUE") {
-            fromSample = true;
-        } else if (value == "FALSE") {
-            fromSample = false;
-        }
-    }
-    sampleRequested = sampleRequested || fromSample;
-    return true;
-}
 } // namespace
 
 bool NOPRProcCustom::ReadCommand(CommandSpec* command, CommandDescriptor* descriptor) {
@@ -157,34 +112,25 @@ bool NOPRProcCustom::ReadCommand(CommandSpec* command, CommandDescriptor* descri
             const ParamDescriptor* pKolmSmirnDesc =
                 pOneSampDesc->getParamDesc("KOLMOGOROV_SMIRNOV");
             CF_ASSERT(pKolmSmirnDesc != 0);
-            std::vector<const ParamObj*> qualifiers;
-            if (!pKolmSmirn->getStringQualList(pKolmSmirnDesc, qualifiers)) {
+            KolmogorovRequest request;
+            if (!ReadKolmogorovRequest(*pKolmSmirn, pKolmSmirnDesc, request)) {
                 return false;
             }
-            if (const ParamObj* pSamples = pKolmSmirn->getParamObj("NSAMPLES", qualifiers)) {
-                fMCSamples = pSamples->getIntegerValue();
+            if (request.fSamples) {
+                fMCSamples = request.fSamples->getIntegerValue();
             }
-            if (const ParamObj* pLevel = pKolmSmirn->getParamObj("MC_CILEVEL", qualifiers)) {
-                fMCCILevel = pLevel->getNumberValue();
+            if (request.fLevel) {
+                fMCCILevel = request.fLevel->getNumberValue();
             }
             // NORMAL looks at the value of SAMPLE; the other distributions
             // take SAMPLE as given, whatever its value.
-            if (!ReadFromSample(pKolmSmirn->getParamObj("NORMAL", qualifiers), true,
-                                fNormalFromSample, sampleRequested) ||
-                !ReadFromSample(pKolmSmirn->getParamObj("UNIFORM", qualifiers), false,
-                                fUniformFromSample, sampleRequested) ||
-                !ReadFromSample(pKolmSmirn->getParamObj("EXPONENTIAL", qualifiers), false,
-                                fExponentialFromSample, sampleRequested)) {
-                return false;
-            }
-            const ParamObj* sample = nullptr;
-            if (const ParamObj* pPoisson = pKolmSmirn->getParamObj("POISSON", qualifiers)) {
-                if (!SampleQualifier(*pPoisson, sample)) {
-                    return false;
-                }
-                if (sample) {
-                    message.GenericWarning("K-S Poisson Sample ignored ...");
-                }
+            fNormalFromSample = request.fNormal.fMonteCarlo;
+            fUniformFromSample = request.fUniform.fMonteCarlo;
+            fExponentialFromSample = request.fExponential.fMonteCarlo;
+            sampleRequested = sampleRequested || fNormalFromSample || fUniformFromSample ||
+                              fExponentialFromSample;
+            if (request.fPoissonSampleIgnored) {
+                message.GenericWarning("K-S Poisson Sample ignored ...");
             }
         }
     }

@@ -485,8 +485,7 @@ void OneSampleWriter::KolmogorovOne(int field, KsDistribution distribution,
     double sig = normalLilliefors ? result.fLillieforsSig : result.fAsymptoticSig2Tailed;
 
     MonteCarloSig monteCarlo;
-    const bool companion =
-        lilliefors && distribution != KsDistribution::kPoisson && result.Computed();
+    const bool companion = choice.fMonteCarlo && result.Computed();
     if (companion) {
         monteCarlo =
             LillieforsMonteCarlo(result, static_cast<std::size_t>(options.fMCSamples),

@@ -3,11 +3,11 @@
 
 #include <algorithm>
 #include <cmath>
-#include <random>
 #include <set>
 #include <utility>
 
 #include "engine/data/Dataset.h"
+#include "host/parser/NPTestsGrammar.h"
 #include "host/parser/ParsedCommand.h"
 #include "host/vexa/VEXA_DataSource.h"
 
@@ -311,39 +311,30 @@ OneSamplePlan Planner::OneSample(const SubComObj& sub) {
     }
     if (const ParamObj* keyword = sub.getParamObj("KOLMOGOROV_SMIRNOV")) {
         RequireOrdered(plan.fFields, "KOLMOGOROV_SMIRNOV");
-        const std::vector<const ParamObj*> list = Qualifiers(keyword);
+        // The procedure has read the same request (and accepted it).
+        KolmogorovRequest request;
+        ReadKolmogorovRequest(*keyword, nullptr, request);
         KolmogorovSmirnovOptions options;
-        if (const ParamObj* n = Find(list, "NSAMPLES")) {
-            options.fMCSamples = n->getIntegerValue();
+        if (request.fSamples) {
+            options.fMCSamples = request.fSamples->getIntegerValue();
         }
-        if (const ParamObj* level = Find(list, "MC_CILEVEL")) {
-            options.fMCCILevel = level->getNumberValue();
+        if (request.fLevel) {
+            options.fMCCILevel = request.fLevel->getNumberValue();
         }
-        // SAMPLE asks for the Lilliefors significance: for NORMAL when bare or
-        // TRUE, for the other distributions in any form (SAMPLE=FALSE included),
-        // as the procedure reads the command.
-        auto read = [&](const char* name, KSDistribution& dist, const char* p1, const char* p2) {
-            const ParamObj* keyword = Find(list, name);
-            if (!keyword) {
+        auto read = [&](const char* name, const KolmogorovRequest::Distribution& asked,
+                        KSDistribution& dist, const char* p1, const char* p2) {
+            if (!asked.fNamed) {
                 return;
             }
             dist.fRequested = true;
-            const ParamObj* choice = Choice(keyword);
-            if (!choice) {
-                dist.fParameters = KSDistribution::kEstimated;
-                return;
-            }
-            if (choice->getParamName() == "SAMPLE") {
-                const bool normal = std::string_view(name) == "NORMAL";
-                const bool lilliefors =
-                    !normal || choice->isLeadingToken() || choice->getText() == "TRUE";
-                const bool poisson = std::string_view(name) == "POISSON";
-                dist.fParameters = lilliefors && !poisson ? KSDistribution::kLilliefors
-                                                          : KSDistribution::kEstimated;
+            dist.fMonteCarlo = asked.fMonteCarlo;
+            if (!asked.fCustom) {
+                dist.fParameters =
+                    asked.fMonteCarlo ? KSDistribution::kLilliefors : KSDistribution::kEstimated;
                 return;
             }
             dist.fParameters = KSDistribution::kGiven;
-            const std::vector<const ParamObj*> params = Qualifiers(choice);
+            const std::vector<const ParamObj*> params = Qualifiers(asked.fCustom);
             const ParamObj* first = Find(params, p1);
             const ParamObj* second = p2 ? Find(params, p2) : nullptr;
             if (!first || (p2 && !second)) {
@@ -353,17 +344,18 @@ OneSamplePlan Planner::OneSample(const SubComObj& sub) {
             dist.fParam1 = first->getNumberValue();
             dist.fParam2 = second ? second->getNumberValue() : 0;
         };
-        read("NORMAL", options.fNormal, "MEAN", "SD");
-        read("UNIFORM", options.fUniform, "MIN", "MAX");
-        read("EXPONENTIAL", options.fExponential, "MEAN", nullptr);
-        read("POISSON", options.fPoisson, "MEAN", nullptr);
+        read("NORMAL", request.fNormal, options.fNormal, "MEAN", "SD");
+        read("UNIFORM", request.fUniform, options.fUniform, "MIN", "MAX");
+        read("EXPONENTIAL", request.fExponential, options.fExponential, "MEAN", nullptr);
+        read("POISSON", request.fPoisson, options.fPoisson, "MEAN", nullptr);
         if (options.fUniform.fRequested && options.fUniform.fParameters == KSDistribution::kGiven &&
             !(options.fUniform.fParam1 < options.fUniform.fParam2)) {
             Fail("KOLMOGOROV_SMIRNOV UNIFORM(CUSTOM(MIN= MAX=)): MIN must be less than MAX");
         }
         if (!options.fNormal.fRequested && !options.fUniform.fRequested &&
             !options.fExponential.fRequested && !options.fPoisson.fRequested) {
-            // The normal distribution with the Lilliefors significance.
+            // The normal distribution with the Lilliefors significance (and
+            // no Monte Carlo significance: SAMPLE does not ask for it).
             options.fNormal.fRequested = true;
             options.fNormal.fParameters = KSDistribution::kLilliefors;
         }
@@ -512,13 +504,6 @@ AnalysisPlan Planner::Make() {
         }
         if (const ParamObj* level = criteria->getParamObj("CILEVEL")) {
             plan.fCriteria.fCILevel = level->getNumberValue();
-        }
-        if (const ParamObj* seed = criteria->getParamObj("SEED")) {
-            if (seed->isStringValueCase()) {
-                plan.fCriteria.fSeed = std::random_device{}() % 2000000000u + 1;
-            } else {
-                plan.fCriteria.fSeed = static_cast<std::uint32_t>(seed->getIntegerValue());
-            }
         }
     }
     if (const SubComObj* missing = fCommand.getSubComObj("MISSING")) {

@@ -70,12 +70,15 @@ struct KSDistribution {
     // Where the parameters come from: estimated from the sample and the
     // significance from the Kolmogorov distribution (the distribution named
     // alone, or NORMAL(SAMPLE=FALSE)); estimated from the sample with the
-    // Lilliefors significance and its Monte Carlo companion (SAMPLE); or given
-    // (CUSTOM(...)).
+    // Lilliefors significance (SAMPLE, or KOLMOGOROV_SMIRNOV without a
+    // distribution); or given (CUSTOM(...)).
     enum Parameters { kEstimated, kLilliefors, kGiven };
 
     bool fRequested = false;
     Parameters fParameters = kEstimated;
+    // The Monte Carlo significance of parameters estimated in every sample,
+    // as the command asks for it (KolmogorovRequest).
+    bool fMonteCarlo = false;
     // Given parameters: NORMAL MEAN SD, UNIFORM MIN MAX, EXPONENTIAL MEAN, POISSON MEAN.
     double fParam1 = 0;
     double fParam2 = 0;
@@ -178,6 +181,8 @@ struct RelatedPlan {
 struct Criteria {
     double fAlpha = 0.05;   // significance level of the decisions
     double fCILevel = 95.0; // percent, confidence intervals
+    // The seed of the Monte Carlo significances: the procedure chooses it
+    // (SEED, or a seed of its own for SEED=RANDOM), and the engine is given it.
     std::uint32_t fSeed = 2000000;
 };
 

@@ -1,7 +1,14 @@
 // The grammar of the NPTESTS command, as a table.
 #include "host/parser/NPTestsGrammar.h"
 
+#include <algorithm>
+#include <cctype>
 #include <limits>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "host/parser/ParamObj.h"
 
 namespace {
 using P = ParamDescriptor;
@@ -103,4 +110,63 @@ CommandDescriptor NPTestsCommandDescriptor() {
                               P::Qualifiers("KENDALL", {Compare()}), P::Flag("HODGES_LEHMAN")}),
             SubComDescriptor("PRINT", {P::Flag("SUMMARY"), P::Flag("NONE")}),
         });
+}
+
+namespace {
+// The value of SAMPLE in capitals ("TRUE"), or "" when it has none.
+std::string UpperValue(const ParamObj& sample) {
+    std::string text;
+    const ParamObj* qualifier = nullptr;
+    if (!sample.isStringValueCase() || !sample.getStringAndQual(text, qualifier)) {
+        return std::string();
+    }
+    std::transform(text.begin(), text.end(), text.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::toupper(c)); });
+    return text;
+}
+
+// One distribution of the list; false when its qualifier cannot be read.
+bool ReadDistribution(const ParamObj& keyword, const std::vector<const ParamObj*>& qualifiers,
+                      const char* name, KolmogorovRequest::Distribution& distribution,
+                      bool* sampleIgnored) {
+    const ParamObj* named = keyword.getParamObj(name, qualifiers);
+    if (!named) {
+        return true;
+    }
+    distribution.fNamed = true;
+    std::string choice;
+    const ParamObj* qualifier = nullptr;
+    if (!named->getStringAndQual(choice, qualifier)) {
+        return false;
+    }
+    if (!qualifier) {
+        return true;
+    }
+    if (choice != "SAMPLE") {
+        distribution.fCustom = qualifier;
+    } else if (sampleIgnored) {
+        *sampleIgnored = true;
+    } else if (std::string_view(name) != "NORMAL") {
+        distribution.fMonteCarlo = true;
+    } else {
+        distribution.fMonteCarlo = qualifier->isLeadingToken() || UpperValue(*qualifier) == "TRUE";
+    }
+    return true;
+}
+} // namespace
+
+bool ReadKolmogorovRequest(const ParamObj& keyword, const ParamDescriptor* descriptor,
+                           KolmogorovRequest& request) {
+    request = KolmogorovRequest();
+    std::vector<const ParamObj*> qualifiers;
+    if (!keyword.getStringQualList(descriptor, qualifiers)) {
+        return false;
+    }
+    request.fSamples = keyword.getParamObj("NSAMPLES", qualifiers);
+    request.fLevel = keyword.getParamObj("MC_CILEVEL", qualifiers);
+    return ReadDistribution(keyword, qualifiers, "NORMAL", request.fNormal, nullptr) &&
+           ReadDistribution(keyword, qualifiers, "UNIFORM", request.fUniform, nullptr) &&
+           ReadDistribution(keyword, qualifiers, "EXPONENTIAL", request.fExponential, nullptr) &&
+           ReadDistribution(keyword, qualifiers, "POISSON", request.fPoisson,
+                            &request.fPoissonSampleIgnored);
 }

@@ -61,7 +61,6 @@ TEST_F(PlanTest, OneSampleOptionsAndDefaults) {
     ASSERT_TRUE(plan);
     EXPECT_EQ(plan->fCriteria.fAlpha, 0.01);
     EXPECT_EQ(plan->fCriteria.fCILevel, 90);
-    EXPECT_EQ(plan->fCriteria.fSeed, 42u);
     EXPECT_TRUE(plan->fMissing.fListwise);
     EXPECT_TRUE(plan->fMissing.fIncludeUserMissing);
     const OneSamplePlan& one = *plan->fOneSample;
@@ -102,7 +101,7 @@ TEST_F(PlanTest, OneSampleOptionsAndDefaults) {
     EXPECT_TRUE(bare->fOneSample->fKolmogorovSmirnov->fNormal.fRequested);
     EXPECT_EQ(bare->fOneSample->fKolmogorovSmirnov->fNormal.fParameters,
               KSDistribution::kLilliefors);
-    EXPECT_EQ(bare->fCriteria.fSeed, 2000000u);
+    EXPECT_FALSE(bare->fOneSample->fKolmogorovSmirnov->fNormal.fMonteCarlo);
     EXPECT_TRUE(Plan("NPTESTS /ONESAMPLE TEST(x s)")->fOneSample->fChooseTests);
 }
 
