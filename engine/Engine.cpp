@@ -192,35 +192,21 @@ bool ResolveSplitBy(const Dataset& data, const std::vector<std::string>& names,
     return true;
 }
 
-bool RunEngine(const Dataset& data, const CommandSpec& command, const EngineOptions& options,
-               EngineResult& result, std::string& error) {
-    std::optional<AnalysisPlan> plan = MakeAnalysisPlan(command, data, error);
-    if (!plan) {
-        return false;
-    }
-    plan->fCriteria.fSeed = options.fSeed;
-    std::vector<int> splitBy;
-    if (!ResolveSplitBy(data, options.fSplitBy, splitBy, error)) {
-        return false;
-    }
-    const std::vector<int> fields = plan->Fields();
-    for (int field : fields) {
-        if (std::find(splitBy.begin(), splitBy.end(), field) != splitBy.end()) {
-            error = "--split-by: " + data.GetVariable(field).fName +
-                    " splits the data and cannot also be a field of a test";
-            return false;
-        }
-    }
-    const bool includeUser = plan->fMissing.fIncludeUserMissing;
+namespace {
 
-    // The rows of each split, in ascending order of the split values.
-    std::map<std::vector<double>, std::vector<std::size_t>> splits;
+// The rows of each split, in ascending order of the split values; cases
+// with a missing split value belong to no split. Without split variables,
+// one split of every case (an empty data set included).
+using SplitRows = std::map<std::vector<double>, std::vector<std::size_t>>;
+SplitRows RowsOfSplits(const Dataset& data, const std::vector<int>& splitBy, bool includeUser) {
+    SplitRows splits;
     if (splitBy.empty()) {
         std::vector<std::size_t>& rows = splits[{}];
         rows.resize(data.CaseCount());
         std::iota(rows.begin(), rows.end(), std::size_t{0});
+        return splits;
     }
-    for (std::size_t row = 0; row < data.CaseCount() && !splitBy.empty(); ++row) {
+    for (std::size_t row = 0; row < data.CaseCount(); ++row) {
         std::vector<double> key;
         bool missing = false;
         for (int index : splitBy) {
@@ -232,107 +218,155 @@ bool RunEngine(const Dataset& data, const CommandSpec& command, const EngineOpti
             splits[key].push_back(row);
         }
     }
-    if (splits.empty() && splitBy.empty()) {
-        splits[{}]; // an empty data set still gives its one split
-    }
+    return splits;
+}
 
-    // The document's dictionary: every variable, then a closing field that
-    // needs no field information.
-    std::vector<std::vector<Category>> categories(static_cast<std::size_t>(data.VariableCount()));
+// What every split shares: the plan, the fields its tests read, the split
+// variables, and each variable's categories and display decimals.
+struct RunContext {
+    const Dataset& fData;
+    const AnalysisPlan& fPlan;
+    const EngineOptions& fOptions;
+    std::vector<int> fFields;
+    std::vector<int> fSplitBy;
+    std::vector<std::vector<Category>> fCategories;
+    std::vector<int> fDisplayDecimals;
+};
+
+// The cases of one split as the tests see them; `dropped` counts the cases
+// that listwise deletion leaves out of every test.
+SplitData MakeSplit(const RunContext& run, const std::vector<std::size_t>& rows,
+                    std::size_t& dropped) {
+    const Dataset& data = run.fData;
+    const bool includeUser = run.fPlan.fMissing.fIncludeUserMissing;
+    SplitData split;
+    split.fFields.resize(static_cast<std::size_t>(data.VariableCount()));
     for (int i = 0; i < data.VariableCount(); ++i) {
-        categories[static_cast<std::size_t>(i)] = MakeCategories(data, i, includeUser);
+        split.fFields[static_cast<std::size_t>(i)].fVariable = &data.GetVariable(i);
+        split.fFields[static_cast<std::size_t>(i)].fCategories =
+            run.fCategories[static_cast<std::size_t>(i)];
     }
+    for (int field : run.fFields) {
+        SplitData::Field& entry = split.fFields[static_cast<std::size_t>(field)];
+        entry.fValues = FieldValues(data, field, entry, rows, includeUser);
+    }
+    for (std::size_t row : rows) {
+        split.fCaseNumbers.push_back(static_cast<double>(row + 1));
+    }
+    dropped = 0;
+    if (!run.fPlan.fMissing.fListwise) {
+        return split;
+    }
+    // Listwise: a case missing on any field of the command leaves every test.
+    const std::vector<std::size_t> kept = split.ValidCases(run.fFields);
+    dropped = rows.size() - kept.size();
+    auto keep = [&](std::vector<double>& values) {
+        std::vector<double> keptValues;
+        keptValues.reserve(kept.size());
+        for (std::size_t at : kept) {
+            keptValues.push_back(values[at]);
+        }
+        values = std::move(keptValues);
+    };
+    for (int field : run.fFields) {
+        keep(split.fFields[static_cast<std::size_t>(field)].fValues);
+    }
+    keep(split.fCaseNumbers);
+    return split;
+}
 
-    std::vector<SplitDocument>& documents = result.fDocuments;
-    documents.clear();
-    result.fDisplayDecimals = plan->DisplayDecimals(data);
+// The document of one split: its counts, settings and dictionary, the
+// records of every test of the plan, and the fields' information.
+std::string WriteDocument(const RunContext& run, const std::vector<double>& key,
+                          const std::vector<std::size_t>& rows) {
+    const Dataset& data = run.fData;
+    const AnalysisPlan& plan = run.fPlan;
+    std::size_t dropped = 0;
+    const SplitData split = MakeSplit(run, rows, dropped);
+
+    Document doc;
+    std::string comment =
+        "Nonparametric tests of " +
+        (run.fOptions.fDataName.empty() ? std::string("the data") : run.fOptions.fDataName);
+    for (std::size_t k = 0; k < run.fSplitBy.size(); ++k) {
+        comment += (k == 0 ? "; split " : ", ") + data.GetVariable(run.fSplitBy[k]).fName + " = " +
+                   FormatNumber(key[k]);
+    }
+    doc.SetComment(comment);
+    doc.SetCounts({static_cast<long long>(rows.size()), static_cast<long long>(dropped)});
+    doc.SetSettings(plan.fCriteria.fAlpha, plan.fCriteria.fCILevel / 100.0,
+                    plan.fMissing.fListwise ? MissingTreatment::kListwise
+                                            : MissingTreatment::kTestwise);
+    // The dictionary: every variable, then a closing field that needs no
+    // field information.
+    for (int i = 0; i < data.VariableCount(); ++i) {
+        const auto at = static_cast<std::size_t>(i);
+        doc.AddField(
+            MakeDocumentField(data.GetVariable(i), run.fCategories[at], run.fDisplayDecimals[at]));
+    }
+    DocumentField closing;
+    closing.fName = "$CaseNumber";
+    closing.fLabel = "Case number";
+    doc.AddField(closing);
+
+    std::vector<int> ordinalAsContinuous;
+    if (plan.fOneSample) {
+        ordinalAsContinuous = WriteOneSampleTests(split, *plan.fOneSample, plan.fCriteria, doc);
+    }
+    if (plan.fIndependent) {
+        WriteIndependentTests(split, *plan.fIndependent, plan.fCriteria, doc);
+    }
+    if (plan.fRelated) {
+        const std::vector<int> related =
+            WriteRelatedTests(split, *plan.fRelated, plan.fCriteria, doc);
+        ordinalAsContinuous.insert(ordinalAsContinuous.end(), related.begin(), related.end());
+    }
+    for (int field : run.fFields) {
+        const bool continuous = std::find(ordinalAsContinuous.begin(), ordinalAsContinuous.end(),
+                                          split.DocumentIndex(field)) != ordinalAsContinuous.end();
+        AddFieldInfo(split, field, continuous, doc);
+    }
+    return doc.Write();
+}
+
+} // namespace
+
+bool RunEngine(const Dataset& data, const CommandSpec& command, const EngineOptions& options,
+               EngineResult& result, std::string& error) {
+    std::optional<AnalysisPlan> plan = MakeAnalysisPlan(command, data, error);
+    if (!plan) {
+        return false;
+    }
+    plan->fCriteria.fSeed = options.fSeed;
+    RunContext run{data, *plan, options, plan->Fields(), {}, {}, plan->DisplayDecimals(data)};
+    if (!ResolveSplitBy(data, options.fSplitBy, run.fSplitBy, error)) {
+        return false;
+    }
+    for (int field : run.fFields) {
+        if (std::find(run.fSplitBy.begin(), run.fSplitBy.end(), field) != run.fSplitBy.end()) {
+            error = "--split-by: " + data.GetVariable(field).fName +
+                    " splits the data and cannot also be a field of a test";
+            return false;
+        }
+    }
+    const bool includeUser = plan->fMissing.fIncludeUserMissing;
+    for (int i = 0; i < data.VariableCount(); ++i) {
+        run.fCategories.push_back(MakeCategories(data, i, includeUser));
+    }
+    const SplitRows splits = RowsOfSplits(data, run.fSplitBy, includeUser);
+
     // The writers report Monte Carlo progress through the hook while this run lasts.
     struct HookGuard {
         ProgressHook fPrevious;
         ~HookGuard() { SetProgressHook(std::move(fPrevious)); }
     } guard{SetProgressHook(options.fMonteCarloProgress)};
-    std::size_t number = 0;
-    for (const auto& [key, allRows] : splits) {
+    result.fDisplayDecimals = run.fDisplayDecimals;
+    result.fDocuments.clear();
+    for (const auto& [key, rows] : splits) {
         if (options.fProgress) {
-            options.fProgress(number, splits.size());
+            options.fProgress(result.fDocuments.size(), splits.size());
         }
-        ++number;
-        SplitData split;
-        split.fFields.resize(static_cast<std::size_t>(data.VariableCount()));
-        for (int i = 0; i < data.VariableCount(); ++i) {
-            split.fFields[static_cast<std::size_t>(i)].fVariable = &data.GetVariable(i);
-            split.fFields[static_cast<std::size_t>(i)].fCategories =
-                categories[static_cast<std::size_t>(i)];
-        }
-        for (int field : fields) {
-            SplitData::Field& entry = split.fFields[static_cast<std::size_t>(field)];
-            entry.fValues = FieldValues(data, field, entry, allRows, includeUser);
-        }
-        for (std::size_t row : allRows) {
-            split.fCaseNumbers.push_back(static_cast<double>(row + 1));
-        }
-        // Listwise: a case missing on any field of the command leaves every test.
-        std::size_t dropped = 0;
-        if (plan->fMissing.fListwise) {
-            const std::vector<std::size_t> kept = split.ValidCases(fields);
-            dropped = allRows.size() - kept.size();
-            auto keep = [&](std::vector<double>& values) {
-                std::vector<double> keptValues;
-                keptValues.reserve(kept.size());
-                for (std::size_t at : kept) {
-                    keptValues.push_back(values[at]);
-                }
-                values = std::move(keptValues);
-            };
-            for (int field : fields) {
-                keep(split.fFields[static_cast<std::size_t>(field)].fValues);
-            }
-            keep(split.fCaseNumbers);
-        }
-
-        Document doc;
-        std::string comment =
-            "Nonparametric tests of " +
-            (options.fDataName.empty() ? std::string("the data") : options.fDataName);
-        for (std::size_t k = 0; k < splitBy.size(); ++k) {
-            comment += (k == 0 ? "; split " : ", ") + data.GetVariable(splitBy[k]).fName + " = " +
-                       FormatNumber(key[k]);
-        }
-        doc.SetComment(comment);
-        doc.SetCounts({static_cast<long long>(allRows.size()), static_cast<long long>(dropped)});
-        doc.SetSettings(plan->fCriteria.fAlpha, plan->fCriteria.fCILevel / 100.0,
-                        plan->fMissing.fListwise ? MissingTreatment::kListwise
-                                                 : MissingTreatment::kTestwise);
-        for (int i = 0; i < data.VariableCount(); ++i) {
-            const auto at = static_cast<std::size_t>(i);
-            doc.AddField(MakeDocumentField(data.GetVariable(i), categories[at],
-                                           result.fDisplayDecimals[at]));
-        }
-        DocumentField closing;
-        closing.fName = "$CaseNumber";
-        closing.fLabel = "Case number";
-        doc.AddField(closing);
-
-        std::vector<int> ordinalAsContinuous;
-        if (plan->fOneSample) {
-            ordinalAsContinuous =
-                WriteOneSampleTests(split, *plan->fOneSample, plan->fCriteria, doc);
-        }
-        if (plan->fIndependent) {
-            WriteIndependentTests(split, *plan->fIndependent, plan->fCriteria, doc);
-        }
-        if (plan->fRelated) {
-            const std::vector<int> related =
-                WriteRelatedTests(split, *plan->fRelated, plan->fCriteria, doc);
-            ordinalAsContinuous.insert(ordinalAsContinuous.end(), related.begin(), related.end());
-        }
-        for (int field : fields) {
-            const bool continuous =
-                std::find(ordinalAsContinuous.begin(), ordinalAsContinuous.end(),
-                          split.DocumentIndex(field)) != ordinalAsContinuous.end();
-            AddFieldInfo(split, field, continuous, doc);
-        }
-        documents.push_back({key, doc.Write()});
+        result.fDocuments.push_back({key, WriteDocument(run, key, rows)});
     }
     return true;
 }
