@@ -365,12 +365,7 @@ void OneSampleWriter::Runs(int field, const RunsOptions& options) {
         const double cut =
             values.empty() ? kSysMis : RunsCutPoint(values, kind, options.fCut.fValue);
         // Values at or below the cut point form the first group, as the condition says.
-        std::vector<std::uint8_t> classes;
-        classes.reserve(values.size());
-        for (double value : values) {
-            classes.push_back(value <= cut ? 0 : 1);
-        }
-        result = RunsTest(classes);
+        result = RunsTestByCutPoint(values, cut);
         key = "ACutPointIsSpecified_O_Runs_2";
         params = {index, cut};
     }

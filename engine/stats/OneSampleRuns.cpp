@@ -159,7 +159,7 @@ OneSampleRunsResult RunsTest(std::span<const std::uint8_t> classes) {
 OneSampleRunsResult RunsTestByCutPoint(std::span<const double> values, double cut) {
     std::vector<std::uint8_t> classes(values.size());
     for (std::size_t i = 0; i < values.size(); ++i) {
-        classes[i] = values[i] < cut ? 0 : 1;
+        classes[i] = values[i] <= cut ? 0 : 1;
     }
     return RunsTest(classes);
 }

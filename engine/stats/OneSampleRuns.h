@@ -21,8 +21,8 @@ double RunsCutPoint(std::span<const double> values, RunsCut cut, double value = 
 
 struct OneSampleRunsResult : TestOutcome {
     std::size_t fTotalN = 0;            // cases in the sequence
-    std::size_t fFirstCount = 0;        // cases of the first class (below the cut point)
-    std::size_t fSecondCount = 0;       // cases of the second class (at or above the cut point)
+    std::size_t fFirstCount = 0;        // cases of the first class (at or below the cut point)
+    std::size_t fSecondCount = 0;       // cases of the second class (above the cut point)
     std::size_t fExcluded = 0;          // cases in neither category list (category form only)
     std::vector<double> fValuesOutside; // distinct values of the excluded cases, ascending
     double fRuns = kNoValue;            // observed number of runs
@@ -42,7 +42,7 @@ struct OneSampleRunsResult : TestOutcome {
 // Outcomes: kTooFewCases (fewer than two cases, or one case of each class: the number of runs
 // cannot vary), kOneCategory (every case in one class).
 OneSampleRunsResult RunsTest(std::span<const std::uint8_t> classes);
-// Cases below `cut` form the first class, cases at or above it the second.
+// Cases at or below `cut` form the first class, cases above it the second.
 OneSampleRunsResult RunsTestByCutPoint(std::span<const double> values, double cut);
 // Cases with a value in `first` form the first class, in `second` the second; other cases are
 // left out (and counted in fExcluded). Lists must not share a value (else kBadParameter).

@@ -21,9 +21,8 @@ inline bool HaveR() {
     return have;
 }
 
-// Runs `script` with Rscript and returns every number it printed, in order.
-// "NA", "NaN" and "Inf" read as the corresponding doubles.
-inline std::vector<double> RunR(const std::string& script) {
+// Runs `script` with Rscript and returns what it printed.
+inline std::string RunRText(const std::string& script) {
     static int counter = 0;
     const std::filesystem::path file =
         std::filesystem::path(testing::TempDir()) /
@@ -44,21 +43,31 @@ inline std::vector<double> RunR(const std::string& script) {
         EXPECT_EQ(status, 0) << "Rscript failed:\n" << text << "\nscript:\n" << script;
     }
     std::filesystem::remove(file);
+    return text;
+}
+
+// A number as R prints it; "NA", "NaN" and "Inf" read as the corresponding
+// doubles.
+inline double ParseRNumber(const std::string& word) {
+    if (word == "NA" || word == "NaN") {
+        return std::numeric_limits<double>::quiet_NaN();
+    }
+    if (word == "Inf" || word == "-Inf") {
+        return word[0] == '-' ? -std::numeric_limits<double>::infinity()
+                              : std::numeric_limits<double>::infinity();
+    }
+    char* end = nullptr;
+    const double value = std::strtod(word.c_str(), &end);
+    EXPECT_EQ(*end, '\0') << "R printed a word that is not a number: " << word;
+    return value;
+}
+
+// Runs `script` with Rscript and returns every number it printed, in order.
+inline std::vector<double> RunR(const std::string& script) {
     std::vector<double> numbers;
-    std::istringstream in(text);
+    std::istringstream in(RunRText(script));
     for (std::string word; in >> word;) {
-        if (word == "NA" || word == "NaN") {
-            numbers.push_back(std::numeric_limits<double>::quiet_NaN());
-        } else if (word == "Inf" || word == "-Inf") {
-            numbers.push_back(word[0] == '-' ? -std::numeric_limits<double>::infinity()
-                                             : std::numeric_limits<double>::infinity());
-        } else {
-            char* end = nullptr;
-            const double value = std::strtod(word.c_str(), &end);
-            EXPECT_EQ(*end, '\0') << "R printed a word that is not a number: " << word << "\n"
-                                  << text;
-            numbers.push_back(value);
-        }
+        numbers.push_back(ParseRNumber(word));
     }
     return numbers;
 }
