@@ -1,5 +1,4 @@
-// Grouped samples for the independent-samples tests: R's own data sets read
-// through Rscript, seeded random ones, and the R vectors of them.
+// Grouped samples for the independent-samples tests: seeded random ones.
 #pragma once
 
 #include <algorithm>
@@ -9,7 +8,6 @@
 #include <string>
 #include <vector>
 
-#include "engine/RReference.h"
 #include "engine/stats/IndependentSamples.h"
 
 // Values with their group codes, ranked once, as the engine hands them over.
@@ -24,65 +22,7 @@ struct Grouped {
           fRanking(RankValues(fValues)) {}
 
     GroupedValues View() const { return {fValues, fGroups, &fRanking, fGroupCount}; }
-
-    // R assignments x (values) and g (factor of codes, every category a level).
-    std::string RData() const {
-        std::vector<double> codes(fGroups.begin(), fGroups.end());
-        return "x <- " + RVector(fValues) + "\ng <- factor(" + RVector(codes) +
-               ", levels = 0:" + std::to_string(fGroupCount - 1) + ")\n";
-    }
 };
-
-// Runs every script in one R process and returns the numbers each printed.
-inline std::vector<std::vector<double>> RunREach(const std::vector<std::string>& scripts) {
-    std::string all;
-    for (const std::string& script : scripts) {
-        all +=
-            "o <- capture.output(local({\n" + script +
-            "\n}))\nw <- scan(text = o, what = \"\", quiet = TRUE)\ncat(length(w), w, \"\\n\")\n";
-    }
-    const std::vector<double> numbers = RunR(all);
-    std::vector<std::vector<double>> each;
-    for (std::size_t at = 0; at < numbers.size() && each.size() < scripts.size();) {
-        const auto count = static_cast<std::size_t>(numbers[at]);
-        if (at + 1 + count > numbers.size()) {
-            break;
-        }
-        each.emplace_back(numbers.begin() + static_cast<long>(at + 1),
-                          numbers.begin() + static_cast<long>(at + 1 + count));
-        at += 1 + count;
-    }
-    EXPECT_EQ(each.size(), scripts.size());
-    each.resize(scripts.size());
-    return each;
-}
-
-// R data sets: each a `value` column split by a `group` column (a factor or
-// numbers; codes in the order of its sorted levels), cases with a missing
-// value left out. Each is {frame (an R expression), value, group}.
-inline std::vector<Grouped> FromR(const std::vector<std::array<std::string, 3>>& sets) {
-    std::vector<std::string> scripts;
-    for (const auto& [frame, value, group] : sets) {
-        scripts.push_back("d <- " + frame + "\nd <- d[!is.na(d$" + value + "), ]\nf <- factor(d$" +
-                          group + ")\ncat(nlevels(f), length(f), d$" + value +
-                          ", as.integer(f) - 1)");
-    }
-    std::vector<Grouped> out;
-    for (const std::vector<double>& numbers : RunREach(scripts)) {
-        if (numbers.size() < 2) {
-            continue;
-        }
-        const auto levels = static_cast<std::size_t>(numbers[0]);
-        const auto n = static_cast<std::size_t>(numbers[1]);
-        std::vector<double> values(numbers.begin() + 2, numbers.begin() + 2 + static_cast<long>(n));
-        std::vector<int> groups;
-        for (std::size_t i = 0; i < n; ++i) {
-            groups.push_back(static_cast<int>(numbers.at(2 + n + i)));
-        }
-        out.emplace_back(std::move(values), std::move(groups), levels);
-    }
-    return out;
-}
 
 // Random samples: `sizes[g]` cases in group g, values drawn from a normal
 // distribution shifted by `shift` per group, rounded to `step` (0: not

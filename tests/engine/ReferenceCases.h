@@ -3,9 +3,8 @@
 // of R (the family's reference script in tests/engine/reference) prints each
 // case's data and the test's reference numbers by name; the family's own
 // function for the test computes the same names from the same data, and the
-// driver compares them: significances (names starting "sig") within 1e-6,
-// counts ("n" and names starting "n.") exactly, every other number within
-// 1e-9 (relative above 1). A number R gives that the engine does not, or the other way
+// driver compares them (KindOf): significances within 1e-6, counts exactly,
+// every other number within 1e-9 (relative above 1). A number R gives that the engine does not, or the other way
 // round, fails the case; a missing Rscript fails the suite.
 #pragma once
 
@@ -68,18 +67,43 @@ public:
 inline const bool kLargestDifferencesReported =
     (testing::AddGlobalTestEnvironment(new LargestDifferencesReport), true);
 
+// How a name compares: a significance when one of its dot-separated parts
+// starts with "sig" or "adjsig", a count when its first part is "n" or its
+// last "first" or "second" (the samples of a comparison row), else a
+// statistic.
+enum class NameKind { kStatistic, kSignificance, kCount };
+inline NameKind KindOf(const std::string& name) {
+    std::vector<std::string> parts;
+    std::istringstream in(name);
+    for (std::string part; std::getline(in, part, '.');) {
+        parts.push_back(part);
+    }
+    for (const std::string& part : parts) {
+        if (part.rfind("sig", 0) == 0 || part.rfind("adjsig", 0) == 0) {
+            return NameKind::kSignificance;
+        }
+    }
+    if (!parts.empty() && (parts.front() == "n" || parts.back() == "first" ||
+                           parts.back() == "second")) {
+        return NameKind::kCount;
+    }
+    return NameKind::kStatistic;
+}
+
 // One number against R's.
-inline void ExpectNamed(const std::string& family, const std::string& name, double ours, double r) {
+inline void ExpectNamed(const std::string& family, const std::string& name, double ours,
+                        double r) {
     SCOPED_TRACE(name);
     if (std::isnan(r) || std::isnan(ours)) {
         EXPECT_EQ(std::isnan(ours), std::isnan(r)) << "ours " << ours << ", R " << r;
         return;
     }
-    if (name == "n" || name.rfind("n.", 0) == 0) {
+    const NameKind kind = KindOf(name);
+    if (kind == NameKind::kCount) {
         EXPECT_EQ(ours, r);
         return;
     }
-    const bool significance = name.rfind("sig", 0) == 0;
+    const bool significance = kind == NameKind::kSignificance;
     const double difference =
         std::fabs(ours - r) / (significance ? 1.0 : std::max(1.0, std::fabs(r)));
     LargestDifference& largest = LargestDifferences()[family];

@@ -1,161 +1,19 @@
-// Two-sample tests of independent samples against R (wilcox.test,
-// exactRankTests::wilcox.exact, ks.test) on R's data sets and random ones,
-// and against complete enumeration where R has no reference.
-#include "engine/stats/IndependentTwoSample.h"
-
+// The independent-samples tests where R is no reference: the runs and span
+// distributions by complete enumeration and simulation, Jonckheere-Terpstra's
+// moments against its permutation distribution, the order statistics of the
+// differences by brute force, properties every test must keep, and why each
+// test stops. Their agreement with R: test_reference_independent.cpp.
 #include <algorithm>
 #include <cmath>
 #include <functional>
 #include <map>
 #include <numeric>
 
+#include <gtest/gtest.h>
+
 #include "engine/IndependentTestData.h"
-
-namespace {
-
-constexpr double kStatTolerance = 1e-9;
-constexpr double kSigTolerance = 1e-6;
-
-// Two-sample data sets: R's own and random ones (with and without ties,
-// small enough for exact significances and larger).
-const std::vector<std::pair<std::string, Grouped>>& TwoSampleSets() {
-    static std::vector<std::pair<std::string, Grouped>> sets;
-    if (!sets.empty()) {
-        return sets;
-    }
-    const std::vector<std::array<std::string, 3>> fromR{
-        {"ToothGrowth", "len", "supp"},
-        {"mtcars", "mpg", "am"},
-        {"sleep", "extra", "group"},
-        {"subset(airquality, Month %in% c(5, 8))", "Ozone", "Month"}};
-    std::vector<Grouped> data = HaveR() ? FromR(fromR) : std::vector<Grouped>{};
-    for (std::size_t i = 0; i < data.size(); ++i) {
-        sets.emplace_back(fromR[i][0] + " " + fromR[i][1] + " by " + fromR[i][2],
-                          std::move(data[i]));
-    }
-    std::mt19937 random(20261122);
-    sets.emplace_back("random 8 and 11, no ties", RandomGroups(random, {8, 11}, 0.7, 0));
-    sets.emplace_back("random 10 and 14, ties", RandomGroups(random, {10, 14}, 0.4, 0.5));
-    sets.emplace_back("random 300 and 250, ties", RandomGroups(random, {300, 250}, 0.2, 0.1));
-    sets.emplace_back("random 3 and 2", RandomGroups(random, {3, 2}, 1.0, 0));
-    return sets;
-}
-
-} // namespace
-
-TEST(IndependentTwoSample, MannWhitneyMatchesR) {
-    if (!HaveR()) {
-        GTEST_SKIP() << "Rscript is not installed";
-    }
-    const auto& sets = TwoSampleSets();
-    std::vector<std::string> scripts;
-    for (const auto& [name, data] : sets) {
-        scripts.push_back(data.RData() + R"(
-a <- x[g == "0"]; b <- x[g == "1"]; n1 <- length(a); n2 <- length(b); N <- n1 + n2
-w <- wilcox.test(b, a, exact = FALSE, correct = FALSE)
-t <- table(x); se <- sqrt(n1 * n2 / 12 * ((N + 1) - sum(t^3 - t) / (N * (N - 1))))
-r <- rank(x)
-ex <- if (N <= 50) suppressWarnings(exactRankTests::wilcox.exact(b, a, exact = TRUE)$p.value) else NA
-ex2 <- if (N <= 50 && length(t) == N) wilcox.test(b, a, exact = TRUE)$p.value else NA
-cat(w$statistic, sum(r[g == "1"]), se, (w$statistic - n1 * n2 / 2) / se, w$p.value, ex, ex2,
-    mean(r[g == "0"]), mean(r[g == "1"]))
-)");
-    }
-    const std::vector<std::vector<double>> results = RunREach(scripts);
-    for (std::size_t i = 0; i < sets.size(); ++i) {
-        const auto& [name, data] = sets[i];
-        SCOPED_TRACE(name);
-        const MannWhitneyResult ours = MannWhitney(data.View());
-        ASSERT_TRUE(ours.Computed()) << OutcomeText(ours.fOutcome);
-        const std::vector<double>& r = results[i];
-        ASSERT_EQ(r.size(), 9u);
-        EXPECT_NEAR(ours.fU, r[0], kStatTolerance);
-        EXPECT_NEAR(ours.fWilcoxonW, r[1], kStatTolerance);
-        EXPECT_NEAR(ours.fStdError, r[2], kStatTolerance);
-        EXPECT_NEAR(ours.fStdStatistic, r[3], kStatTolerance);
-        EXPECT_NEAR(ours.fAsymptoticSig, r[4], kSigTolerance);
-        EXPECT_EQ(ours.fHasExact, !std::isnan(r[5]));
-        if (ours.fHasExact) {
-            EXPECT_NEAR(ours.fExactSig, r[5], kSigTolerance);
-        }
-        if (!std::isnan(r[6])) {
-            EXPECT_NEAR(ours.fExactSig, r[6], kSigTolerance);
-        }
-        EXPECT_NEAR(ours.fMeanRank1, r[7], kStatTolerance);
-        EXPECT_NEAR(ours.fMeanRank2, r[8], kStatTolerance);
-    }
-}
-
-TEST(IndependentTwoSample, KolmogorovSmirnovMatchesR) {
-    if (!HaveR()) {
-        GTEST_SKIP() << "Rscript is not installed";
-    }
-    const auto& sets = TwoSampleSets();
-    std::vector<std::string> scripts;
-    for (const auto& [name, data] : sets) {
-        scripts.push_back(data.RData() + R"(
-a <- x[g == "0"]; b <- x[g == "1"]
-ks <- function(...) suppressWarnings(ks.test(a, b, exact = FALSE, ...))
-k <- ks(); n <- length(a) * length(b) / (length(a) + length(b))
-cat(k$statistic, ks(alternative = "greater")$statistic, ks(alternative = "less")$statistic,
-    sqrt(n) * k$statistic, k$p.value, 1 - .Call(stats:::C_pKS2, sqrt(n) * k$statistic, tol = 1e-14))
-)");
-    }
-    const std::vector<std::vector<double>> results = RunREach(scripts);
-    for (std::size_t i = 0; i < sets.size(); ++i) {
-        const auto& [name, data] = sets[i];
-        SCOPED_TRACE(name);
-        const KolmogorovSmirnovResult ours = KolmogorovSmirnovTwoSample(data.View());
-        ASSERT_TRUE(ours.Computed()) << OutcomeText(ours.fOutcome);
-        const std::vector<double>& r = results[i];
-        ASSERT_EQ(r.size(), 6u);
-        EXPECT_NEAR(ours.fAbsolute, r[0], kStatTolerance);
-        EXPECT_NEAR(ours.fPositive, r[1], kStatTolerance);
-        EXPECT_NEAR(ours.fNegative, -r[2], kStatTolerance);
-        EXPECT_NEAR(ours.fZ, r[3], kStatTolerance);
-        // ks.test sums Kolmogorov's series only to 1e-6; to 1e-14 it agrees
-        // with ours to 1e-12.
-        EXPECT_NEAR(ours.fAsymptoticSig, r[4], 1e-5);
-        EXPECT_NEAR(ours.fAsymptoticSig, r[5], 1e-12);
-    }
-}
-
-TEST(IndependentTwoSample, HodgesLehmannMatchesR) {
-    if (!HaveR()) {
-        GTEST_SKIP() << "Rscript is not installed";
-    }
-    const auto& sets = TwoSampleSets();
-    std::vector<std::string> scripts;
-    for (const auto& [name, data] : sets) {
-        scripts.push_back(data.RData() + R"(
-a <- x[g == "0"]; b <- x[g == "1"]; n1 <- length(a); n2 <- length(b)
-d <- sort(outer(b, a, "-")); M <- length(d)
-c <- round(M / 2 - qnorm(0.975) * sqrt(n1 * n2 * (n1 + n2 + 1) / 12))
-lo <- if (c >= 1) d[c] else NA; hi <- if (c >= 1) d[M - c + 1] else NA
-ex <- if (length(unique(x)) == length(x))
-  suppressWarnings(wilcox.test(b, a, conf.int = TRUE, exact = TRUE))$estimate else NA
-cat(median(d), lo, hi, ex)
-)");
-    }
-    const std::vector<std::vector<double>> results = RunREach(scripts);
-    for (std::size_t i = 0; i < sets.size(); ++i) {
-        const auto& [name, data] = sets[i];
-        SCOPED_TRACE(name);
-        const HodgesLehmannResult ours = HodgesLehmann(data.View(), 0.95);
-        ASSERT_TRUE(ours.Computed()) << OutcomeText(ours.fOutcome);
-        const std::vector<double>& r = results[i];
-        ASSERT_EQ(r.size(), 4u);
-        EXPECT_NEAR(ours.fEstimate, r[0], kStatTolerance);
-        EXPECT_EQ(ours.fHasInterval, !std::isnan(r[1]));
-        if (ours.fHasInterval) {
-            EXPECT_NEAR(ours.fLower, r[1], kStatTolerance);
-            EXPECT_NEAR(ours.fUpper, r[2], kStatTolerance);
-        }
-        if (!std::isnan(r[3])) {
-            EXPECT_NEAR(ours.fEstimate, r[3], kStatTolerance);
-        }
-    }
-}
+#include "engine/stats/IndependentKSample.h"
+#include "engine/stats/IndependentTwoSample.h"
 
 TEST(IndependentTwoSample, KthSmallestDifferenceIsTheOrderStatistic) {
     std::mt19937 random(5);
@@ -414,4 +272,221 @@ TEST(IndependentTwoSample, RunsAndMosesTailsMatchSimulation) {
             EXPECT_NEAR(MosesLowerTail(s, m, n, h), p, tolerance(p)) << "span " << s;
         }
     }
+}
+
+namespace {
+
+// J by its definition: over pairs of groups earlier < later in `order`, the
+// pairs of cases with the earlier case smaller, ties counting one half.
+double JonckheereByDefinition(const std::vector<double>& values, const std::vector<int>& groups,
+                              const std::vector<int>& order) {
+    std::vector<int> position(order.size() + 8, -1);
+    for (std::size_t p = 0; p < order.size(); ++p) {
+        position[static_cast<std::size_t>(order[p])] = static_cast<int>(p);
+    }
+    double j = 0;
+    for (std::size_t a = 0; a < values.size(); ++a) {
+        for (std::size_t b = 0; b < values.size(); ++b) {
+            const int pa = position[static_cast<std::size_t>(groups[a])];
+            const int pb = position[static_cast<std::size_t>(groups[b])];
+            if (pa >= 0 && pb >= 0 && pa < pb) {
+                j += values[a] < values[b] ? 1 : values[a] == values[b] ? 0.5 : 0;
+            }
+        }
+    }
+    return j;
+}
+
+// Mean and variance of J over every assignment of the group labels to the
+// values (the permutation distribution the test's moments describe).
+std::pair<double, double> JonckheerePermutationMoments(const std::vector<double>& values,
+                                                       std::vector<int> groups,
+                                                       const std::vector<int>& order) {
+    std::sort(groups.begin(), groups.end());
+    double count = 0;
+    double sum = 0;
+    double squares = 0;
+    do {
+        const double j = JonckheereByDefinition(values, groups, order);
+        count += 1;
+        sum += j;
+        squares += j * j;
+    } while (std::next_permutation(groups.begin(), groups.end()));
+    const double mean = sum / count;
+    return {mean, squares / count - mean * mean};
+}
+
+} // namespace
+
+TEST(IndependentKSample, JonckheereMomentsAreThoseOfThePermutationDistribution) {
+    const std::vector<std::pair<std::vector<double>, std::vector<int>>> cases{
+        {{1, 2, 2, 3, 5, 5, 5}, {0, 1, 2, 0, 2, 1, 2}},
+        {{4, 1, 4, 2, 2, 7, 1, 4, 3, 2}, {0, 1, 2, 3, 0, 1, 2, 3, 3, 1}},
+        {{3, 3, 3, 3, 1, 9}, {1, 0, 1, 0, 2, 2}},
+        {{0.5, 1.5, 2.5, 3.5, 4.5, 5.5, 6.5, 7.5}, {2, 2, 0, 1, 0, 1, 2, 0}},
+    };
+    for (const auto& [values, groups] : cases) {
+        const int k = *std::max_element(groups.begin(), groups.end()) + 1;
+        const Grouped data(values, groups, static_cast<std::size_t>(k));
+        for (const bool descending : {false, true}) {
+            std::vector<int> order(static_cast<std::size_t>(k));
+            std::iota(order.begin(), order.end(), 0);
+            if (descending) {
+                std::reverse(order.begin(), order.end());
+            }
+            const JonckheereResult ours = JonckheereTerpstra(data.View(), descending);
+            ASSERT_TRUE(ours.Computed()) << OutcomeText(ours.fOutcome);
+            const auto [mean, variance] = JonckheerePermutationMoments(values, groups, order);
+            EXPECT_NEAR(ours.fStatistic, JonckheereByDefinition(values, groups, order), 1e-12);
+            EXPECT_NEAR(ours.fMean, mean, 1e-9);
+            EXPECT_NEAR(ours.fStdError * ours.fStdError, variance, 1e-9);
+            // Each pair: the two-sample test in the order of the alternative.
+            for (const ComparisonResult& row : JonckheerePairwise(data.View(), ours)) {
+                std::vector<int> pair{static_cast<int>(row.fFirst), static_cast<int>(row.fSecond)};
+                std::sort(pair.begin(), pair.end());
+                if (descending) {
+                    std::reverse(pair.begin(), pair.end());
+                }
+                std::vector<double> pv;
+                std::vector<int> pg;
+                for (std::size_t i = 0; i < values.size(); ++i) {
+                    if (groups[i] == pair[0] || groups[i] == pair[1]) {
+                        pv.push_back(values[i]);
+                        pg.push_back(groups[i]);
+                    }
+                }
+                const auto [pm, pvar] = JonckheerePermutationMoments(pv, pg, pair);
+                EXPECT_NEAR(row.fStatistic, JonckheereByDefinition(pv, pg, pair), 1e-12);
+                if (pvar > 0) {
+                    EXPECT_NEAR(row.fStdError * row.fStdError, pvar, 1e-9);
+                    EXPECT_NEAR(row.fStdStatistic, (row.fStatistic - pm) / std::sqrt(pvar), 1e-9);
+                }
+            }
+        }
+    }
+}
+
+TEST(IndependentKSample, JonckheereOfTwoGroupsIsMannWhitney) {
+    std::mt19937 random(8);
+    const Grouped data = RandomGroups(random, {15, 18}, 0.3, 0.5);
+    const JonckheereResult jt = JonckheereTerpstra(data.View(), false);
+    const MannWhitneyResult mw = MannWhitney(data.View());
+    EXPECT_NEAR(jt.fStatistic, mw.fU, 1e-9);
+    EXPECT_NEAR(jt.fStdError, mw.fStdError, 1e-9);
+    EXPECT_NEAR(jt.fSig, mw.fAsymptoticSig, 1e-12);
+}
+
+namespace {
+
+Grouped Relabelled(const Grouped& data, const std::vector<int>& newCode, double shift) {
+    std::vector<double> values = data.fValues;
+    for (double& v : values) {
+        v += shift;
+    }
+    std::vector<int> groups;
+    for (const int g : data.fGroups) {
+        groups.push_back(newCode[static_cast<std::size_t>(g)]);
+    }
+    return Grouped(values, groups, data.fGroupCount);
+}
+
+} // namespace
+
+TEST(IndependentKSample, RelabellingAndShiftingChangeNothing) {
+    std::mt19937 random(99);
+    const Grouped data = RandomGroups(random, {20, 25, 15, 30}, 0.3, 1.0);
+    const Grouped moved = Relabelled(data, {2, 0, 3, 1}, 1000);
+    const KruskalWallisResult a = KruskalWallis(data.View());
+    const KruskalWallisResult b = KruskalWallis(moved.View());
+    EXPECT_NEAR(a.fStatistic, b.fStatistic, 1e-12);
+    EXPECT_EQ(a.fSig, b.fSig);
+    const MedianTestResult ma = MedianTest(data.View(), std::nullopt);
+    const MedianTestResult mb = MedianTest(moved.View(), std::nullopt);
+    EXPECT_NEAR(ma.fChiSquare, mb.fChiSquare, 1e-12);
+    EXPECT_EQ(ma.fMedian + 1000, mb.fMedian);
+    // Same subsets of the same groups.
+    const auto sa = KruskalWallisSubsets(data.View(), a, 0.05);
+    const auto sb = KruskalWallisSubsets(moved.View(), b, 0.05);
+    ASSERT_EQ(sa.size(), sb.size());
+    for (std::size_t i = 0; i < sa.size(); ++i) {
+        EXPECT_EQ(sa[i].fFirst, sb[i].fFirst);
+        EXPECT_EQ(sa[i].fSecond, sb[i].fSecond);
+    }
+    // Jonckheere-Terpstra descending is ascending over the reversed categories.
+    const Grouped reversed = Relabelled(data, {3, 2, 1, 0}, 0);
+    EXPECT_NEAR(JonckheereTerpstra(data.View(), true).fStatistic,
+                JonckheereTerpstra(reversed.View(), false).fStatistic, 1e-9);
+    // Two samples swapped: U becomes n1 n2 - U, significances stay.
+    const Grouped two = RandomGroups(random, {9, 12}, 0.5, 0.5);
+    const Grouped swapped = Relabelled(two, {1, 0}, -3.5);
+    const MannWhitneyResult u1 = MannWhitney(two.View());
+    const MannWhitneyResult u2 = MannWhitney(swapped.View());
+    EXPECT_NEAR(u1.fU, 9.0 * 12.0 - u2.fU, 1e-12);
+    EXPECT_NEAR(u1.fAsymptoticSig, u2.fAsymptoticSig, 1e-14);
+    EXPECT_NEAR(u1.fExactSig, u2.fExactSig, 1e-14);
+    EXPECT_NEAR(KolmogorovSmirnovTwoSample(two.View()).fAbsolute,
+                KolmogorovSmirnovTwoSample(swapped.View()).fAbsolute, 1e-14);
+    EXPECT_EQ(WaldWolfowitz(two.View()).fMaximum.fRuns,
+              WaldWolfowitz(swapped.View()).fMaximum.fRuns);
+    EXPECT_NEAR(HodgesLehmann(two.View(), 0.9).fEstimate,
+                -HodgesLehmann(swapped.View(), 0.9).fEstimate, 1e-12);
+}
+
+TEST(IndependentKSample, CannotComputeSaysWhy) {
+    const Grouped one({1, 2, 3}, {1, 1, 1}, 3);
+    const Grouped tied({4, 4, 4, 4}, {0, 1, 2, 0}, 3);
+    const Grouped empty({}, {}, 3);
+    for (const Grouped* data : {&one, &empty}) {
+        EXPECT_FALSE(KruskalWallis(data->View()).Computed());
+        EXPECT_FALSE(MedianTest(data->View(), std::nullopt).Computed());
+        EXPECT_FALSE(JonckheereTerpstra(data->View(), false).Computed());
+        EXPECT_NE(KruskalWallis(data->View()).fOutcome, Outcome::kComputed);
+    }
+    const KruskalWallisResult kw = KruskalWallis(tied.View());
+    EXPECT_FALSE(kw.Computed());
+    EXPECT_EQ(kw.fOutcome, Outcome::kNoVariance);
+    EXPECT_TRUE(KruskalWallisPairwise(kw).empty());
+    const MedianTestResult median = MedianTest(tied.View(), std::nullopt);
+    EXPECT_FALSE(median.Computed());
+    EXPECT_EQ(median.fAtOrBelow[0], 2u); // the counts are still there for the charts
+    // A given test value above every case.
+    const Grouped some({1, 2, 3, 4, 5, 6}, {0, 1, 2, 0, 1, 2}, 3);
+    EXPECT_FALSE(MedianTest(some.View(), 10.0).Computed());
+    const MedianTestResult at3 = MedianTest(some.View(), 3.0);
+    EXPECT_TRUE(at3.Computed());
+    EXPECT_EQ(at3.fMedian, 3.0);
+    // A pair with every case on one side of its median carries a message.
+    const Grouped sided({1, 1, 1, 1, 5, 9}, {0, 0, 1, 1, 2, 2}, 3);
+    const MedianTestResult s = MedianTest(sided.View(), std::nullopt);
+    const auto rows = MedianPairwise(sided.View(), s, std::nullopt);
+    ASSERT_EQ(rows.size(), 3u);
+    EXPECT_TRUE(rows[0].fNoVariation);
+    EXPECT_TRUE(std::isnan(rows[0].fSig));
+    EXPECT_TRUE(std::isnan(rows[0].fAdjustedSig));
+}
+
+// On a larger sample with ties, the moments of J under random relabelling
+// (seeded simulation) agree with the tie-corrected mean and variance.
+TEST(IndependentKSample, JonckheereMomentsMatchSimulation) {
+    std::mt19937 random(77);
+    const Grouped data = RandomGroups(random, {30, 25, 40, 35}, 0.0, 0.5);
+    const JonckheereResult ours = JonckheereTerpstra(data.View(), false);
+    ASSERT_TRUE(ours.Computed());
+    std::vector<int> groups = data.fGroups;
+    constexpr int kDraws = 20000;
+    double sum = 0;
+    double squares = 0;
+    for (int draw = 0; draw < kDraws; ++draw) {
+        std::shuffle(groups.begin(), groups.end(), random);
+        const Grouped shuffled(data.fValues, groups, data.fGroupCount);
+        const double j = JonckheereTerpstra(shuffled.View(), false).fStatistic;
+        sum += j;
+        squares += j * j;
+    }
+    const double mean = sum / kDraws;
+    const double variance = squares / kDraws - mean * mean;
+    const double sd = ours.fStdError;
+    EXPECT_NEAR(mean, ours.fMean, 5 * sd / std::sqrt(kDraws));
+    // The variance of a sample variance of a near-normal statistic: 2 sd^4 / n.
+    EXPECT_NEAR(variance, sd * sd, 5 * sd * sd * std::sqrt(2.0 / kDraws));
 }
