@@ -1,6 +1,7 @@
 // The engine's statistics against R, a table of cases at a time. A case names
 // a test, the R expressions of its data columns and its parameters. One run
-// of R (the family's reference script in tests/engine/reference) prints each
+// of R (the family's reference script in tests/engine/reference, after
+// common.R) prints each
 // case's data and the test's reference numbers by name; the family's own
 // function for the test computes the same names from the same data, and the
 // driver compares them (KindOf): significances within 1e-6, counts exactly,
@@ -119,7 +120,8 @@ inline void CompareWithR(const std::string& family, const std::vector<RCase>& ca
     ASSERT_TRUE(HaveR()) << "Rscript is needed: scripts/setup installs it";
     std::ostringstream script;
     script.precision(17);
-    script << "source('" << NPTESTS_SOURCE_DIR << "/tests/engine/reference/" << family << ".R')\n";
+    const std::string folder = std::string(NPTESTS_SOURCE_DIR) + "/tests/engine/reference/";
+    script << "source('" << folder << "common.R')\nsource('" << folder << family << ".R')\n";
     for (std::size_t i = 0; i < cases.size(); ++i) {
         const RCase& c = cases[i];
         script << "cols <- list(";

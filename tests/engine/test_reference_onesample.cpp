@@ -102,11 +102,11 @@ Named Kolmogorov(const Columns& c, const std::vector<double>& p) {
               {"negative", r.fNegative},
               {"sig", r.fAsymptoticSig2Tailed}};
     if (kind == KsDistribution::kPoisson) {
-        out["first"] = r.fParameters.fFirst;
+        out["parameter1"] = r.fParameters.fFirst;
     } else if (kind == KsDistribution::kNormal && !given) {
         out["sig.lilliefors"] = r.fLillieforsSig;
-        out["first"] = r.fParameters.fFirst;
-        out["second"] = r.fParameters.fSecond;
+        out["parameter1"] = r.fParameters.fFirst;
+        out["parameter2"] = r.fParameters.fSecond;
     }
     return out;
 }

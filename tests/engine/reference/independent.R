@@ -4,50 +4,7 @@
 # returns named numbers (see ReferenceCases.h for how names compare).
 
 groups <- function(cols, p) factor(cols[[2]], levels = 0:(p[1] - 1))
-
-# Kolmogorov's limiting distribution summed to 1e-15.
-asym <- function(z) 1 - .Call(stats:::C_pKS2, z, 1e-15)
-
-# Rows of pairwise comparisons: every pair of non-empty categories, the one
-# with the smaller shown value `v` first; `pair(a, b)` gives the statistic,
-# standard error, z and significance of the pair; Bonferroni's adjustment.
-pairs <- function(g, v, pair) {
-  lev <- which(table(g) > 0) - 1; k <- length(lev); m <- k * (k - 1) / 2; out <- c(); row <- 0
-  for (i in seq_len(k)) for (j in seq_len(k)) if (i < j) {
-    a <- lev[i]; b <- lev[j]; if (v[b + 1] < v[a + 1]) { h <- a; a <- b; b <- h }
-    r <- pair(a, b); row <- row + 1
-    out <- c(out, setNames(c(a, b, r, min(1, r[4] * m)),
-                           paste0("pair", row, c(".first", ".second", ".statistic", ".se", ".z",
-                                                 ".sig", ".adjsig"))))
-  }
-  out
-}
-
-# Homogeneous subsets by the step-down procedure: the non-empty categories
-# ordered by `v`, runs of consecutive ones tested from the largest down by
-# `test(members)` (statistic and significance); a run whose significance
-# adjusted to 1 - (1 - sig)^(k/p) is at least alpha (or missing) is
-# homogeneous, and no run inside it is tested; the others stand alone.
-stepdown <- function(g, v, test, alpha = 0.05) {
-  lev <- which(table(g) > 0) - 1
-  o <- lev[order(v[lev + 1])]; k <- length(o); found <- list()
-  inside <- function(f, l) any(sapply(found, function(s) s[1] <= f && l <= s[2]))
-  for (size in k:2) for (f in 1:(k - size + 1)) {
-    l <- f + size - 1
-    if (length(found) && inside(f, l)) next
-    r <- test(o[f:l]); adj <- 1 - (1 - r[2])^(k / size)
-    if (is.na(adj) || adj >= alpha) found[[length(found) + 1]] <- c(f, l, r, adj)
-  }
-  for (f in 1:k) if (!length(found) || !inside(f, f)) found[[length(found) + 1]] <- c(f, f, NA, NA, NA)
-  found <- found[order(sapply(found, `[`, 1), sapply(found, `[`, 2))]
-  out <- c()
-  for (i in seq_along(found)) {
-    s <- found[[i]]
-    out <- c(out, setNames(c(s[1] - 1, s[2] - 1, s[3:5]),
-                           paste0("subset", i, c(".first", ".second", ".statistic", ".sig", ".adjsig"))))
-  }
-  out
-}
+present <- function(g) which(table(g) > 0) - 1
 
 mannwhitney <- function(cols, p) {
   x <- cols[[1]]; g <- cols[[2]]; a <- x[g == 0]; b <- x[g == 1]
@@ -84,11 +41,11 @@ kruskal <- function(cols, p) {
   base <- N * (N + 1) / 12 - sum(t^3 - t) / (12 * (N - 1))
   c(statistic = unname(kw$statistic), df = unname(kw$parameter), sig = kw$p.value,
     setNames(mr, paste0("meanrank", seq_along(mr))),
-    pairs(g, mr, function(a, b) {
+    pairs(present(g), mr, function(a, b) {
       st <- mr[a + 1] - mr[b + 1]; se <- sqrt(base * (1 / n[a + 1] + 1 / n[b + 1]))
       c(st, se, st / se, 2 * pnorm(-abs(st / se)))
     }),
-    stepdown(g, mr, function(m) {
+    stepdown(present(g), mr, function(m) {
       s <- g %in% m; k <- kruskal.test(x[s], droplevels(g[s])); c(k$statistic, k$p.value)
     }))
 }
@@ -115,7 +72,7 @@ median_test <- function(cols, p) {
   lev <- which(table(g) > 0)
   out <- c(out, setNames(tab[1, ], paste0("n.above", lev)), setNames(tab[2, ], paste0("n.below", lev)))
   sm <- tapply(x, g, median)
-  c(out, pairs(g, sm, function(a, b) {
+  c(out, pairs(present(g), sm, function(a, b) {
     xa <- x[g == a]; xb <- x[g == b]; pm <- if (length(p) > 1) p[2] else median(c(xa, xb))
     t2 <- rbind(c(sum(xa > pm), sum(xb > pm)), c(sum(xa <= pm), sum(xb <= pm)))
     if (any(rowSums(t2) == 0)) return(c(NA, NA, NA, NA))

@@ -2,10 +2,6 @@
 # columns (a list) and its parameters (a numeric vector) and returns named
 # numbers; names starting with "sig" are significances, "n" counts.
 
-# Kolmogorov's limiting distribution summed to 1e-15 (ks.test's own series
-# stops at 1e-6, which leaves errors up to 2e-5).
-asym <- function(d, n) 1 - .Call(stats:::C_pKS2, sqrt(n) * d, 1e-15)
-
 # Chi-square goodness of fit: p empty for equal frequencies over the
 # distinct values, else c(k, categories, frequencies).
 chisquare <- function(cols, p) {
@@ -87,7 +83,7 @@ ks <- function(cols, p) {
     lambda <- if (est) mean(x) else given[1]
     u <- 0:(max(x) + 1); d <- ecdf(x)(u) - ppois(u, lambda)
     return(c(positive = max(0, d), negative = -max(0, -d), absolute = max(abs(d)),
-             sig = asym(max(abs(d)), n), first = lambda))
+             sig = asym(sqrt(n) * max(abs(d))), parameter1 = lambda))
   }
   args <- switch(p[1] + 1,
                  if (est) list("pnorm", mean(x), sd(x)) else list("pnorm", given[1], given[2]),
@@ -97,9 +93,9 @@ ks <- function(cols, p) {
   s <- function(a) suppressWarnings(do.call(ks.test, c(list(x), args, alternative = a, exact = FALSE)))
   d <- unname(s("two.sided")$statistic)
   out <- c(absolute = d, positive = unname(s("greater")$statistic),
-           negative = -unname(s("less")$statistic), sig = asym(d, n))
+           negative = -unname(s("less")$statistic), sig = asym(sqrt(n) * d))
   if (p[1] == 0 && est) out <- c(out, sig.lilliefors = nortest::lillie.test(x)$p.value,
-                                 first = mean(x), second = sd(x))
+                                 parameter1 = mean(x), parameter2 = sd(x))
   out
 }
 
