@@ -23,8 +23,11 @@ nlohmann::ordered_json CommandCheckJson(bool result, const CFProcCustom& procedu
     out["settings"] = DumpToJson(procedure.DumpSettings());
     nlohmann::ordered_json list = nlohmann::ordered_json::array();
     for (const CFMessage& message : messages) {
-        list.push_back({{"kind", message.fKind == CFMessage::kWarning ? "warning" : "error"},
-                        {"text", message.fText}});
+        list.push_back(
+            {{"kind", message.fKind == CFMessage::kWarning ? "warning" : "error"},
+             {"text", message.fText},
+             {"document", message.fDocument.empty() ? nlohmann::ordered_json(nullptr)
+                                                    : nlohmann::ordered_json(message.fDocument)}});
     }
     out["messages"] = std::move(list);
     return out;

@@ -506,7 +506,7 @@ int ComputeSplits(const Options& options, const Dataset& data, const CommandSpec
 int Run(const Options& options) {
     CFErrorChannel::Clear();
     CFErrorChannel::SetListener([](const CFMessage& message) {
-        std::cerr << "nptests: " << EscapeControls(message.fText) << "\n";
+        std::cerr << "nptests: " << EscapeControls(message.WithSource()) << "\n";
     });
 
     CommandDescriptor grammar = NPTestsCommandDescriptor();

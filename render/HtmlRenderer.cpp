@@ -416,7 +416,7 @@ void AppendMessages(std::string& out, const std::vector<CFMessage>& messages) {
         const bool error = message.fKind == CFMessage::kError;
         out += error ? "<li class=\"error\"><span class=\"kind\">Error</span> "
                      : "<li class=\"warning\"><span class=\"kind\">Warning</span> ";
-        AppendEscaped(out, message.fText);
+        AppendEscaped(out, message.WithSource());
         out += "</li>";
     }
     out += "</ul>\n</section>\n";

@@ -245,6 +245,7 @@ bool WriteJson(const BpHeadingNode& root, const std::vector<CFMessage>& messages
         Json entry = Json::object();
         entry["kind"] = message.fKind == CFMessage::kWarning ? "warning" : "error";
         entry["text"] = message.fText;
+        entry["document"] = message.fDocument.empty() ? Json(nullptr) : Json(message.fDocument);
         list.push_back(std::move(entry));
     }
     text += ",\n  \"messages\": ";

@@ -449,7 +449,8 @@ TEST(NptestsCommand, CheckCommandPrintsWhatTheCommandYields) {
     const auto refused = nlohmann::json::parse(run.fOut);
     EXPECT_EQ(refused["result"], false);
     EXPECT_EQ(refused["messages"], nlohmann::json::parse(R"([
-        {"kind": "warning", "text": "K-S Poisson Sample ignored ..."},
-        {"kind": "error", "text": "The grouping variable score also appears in the test variable list."}])"));
+        {"kind": "warning", "text": "K-S Poisson Sample ignored ...", "document": null},
+        {"kind": "error", "text": "The grouping variable score also appears in the test variable list.",
+         "document": null}])"));
 }
 } // namespace

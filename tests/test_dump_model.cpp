@@ -2,40 +2,18 @@
 // document, and the exit status and message for an unreadable one.
 #include <gtest/gtest.h>
 
-#include <array>
-#include <cstdio>
 #include <filesystem>
 #include <fstream>
-#include <sys/wait.h>
 
 #include <nlohmann/json.hpp>
 
-namespace {
-struct RunResult {
-    int fStatus = -1;
-    std::string fOutput; // standard output, then standard error
-};
+#include "RunCommand.h"
 
-RunResult RunDumpModel(const std::string& name, const std::string& document) {
-    const std::filesystem::path path = std::filesystem::path(::testing::TempDir()) / name;
-    std::ofstream(path) << document;
-    const std::string errors = path.string() + ".err";
-    const std::string command =
-        std::string(NPTESTS_BINARY) + " --dump-model '" + path.string() + "' 2>'" + errors + "'";
-    RunResult run;
-    FILE* pipe = popen(command.c_str(), "r");
-    if (!pipe) {
-        return run;
-    }
-    std::array<char, 4096> buffer;
-    for (size_t n; (n = fread(buffer.data(), 1, buffer.size(), pipe)) > 0;) {
-        run.fOutput.append(buffer.data(), n);
-    }
-    const int status = pclose(pipe);
-    run.fStatus = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    std::ifstream err(errors);
-    run.fOutput.append(std::istreambuf_iterator<char>(err), {});
-    return run;
+namespace {
+// nptests --dump-model on `document`, saved as `name`.
+CommandResult RunDumpModel(const std::string& name, const std::string& document) {
+    std::ofstream(std::filesystem::path(::testing::TempDir()) / name) << document;
+    return RunNptests(::testing::TempDir(), {"--dump-model", name});
 }
 
 const char* kDocument = R"(<StatXML><PMMLModel modelType="NonParametricTests"/>
@@ -55,9 +33,9 @@ const char* kDocument = R"(<StatXML><PMMLModel modelType="NonParametricTests"/>
 } // namespace
 
 TEST(DumpModel, PrintsWhatWasRead) {
-    const RunResult run = RunDumpModel("dump_ok.xml", kDocument);
-    ASSERT_EQ(run.fStatus, 0) << run.fOutput;
-    const nlohmann::json out = nlohmann::json::parse(run.fOutput);
+    const CommandResult run = RunDumpModel("dump_ok.xml", kDocument);
+    ASSERT_EQ(run.fStatus, 0) << run.fErr;
+    const nlohmann::json out = nlohmann::json::parse(run.fOut);
     const nlohmann::json& model = out.at(0).at("model");
     EXPECT_EQ(model["counts"]["totalCount"], 12);
     EXPECT_EQ(model["settings"]["sigLevel"], 0.05);
@@ -75,7 +53,7 @@ TEST(DumpModel, PrintsWhatWasRead) {
 TEST(DumpModel, RejectedDocumentNamesItself) {
     std::string malformed = kDocument;
     malformed.replace(malformed.find("NonParametricTests\""), 18, "Other");
-    const RunResult run = RunDumpModel("dump_bad.xml", malformed);
+    const CommandResult run = RunDumpModel("dump_bad.xml", malformed);
     EXPECT_EQ(run.fStatus, 1);
-    EXPECT_NE(run.fOutput.find("dump_bad.xml"), std::string::npos) << run.fOutput;
+    EXPECT_NE(run.fErr.find("dump_bad.xml"), std::string::npos) << run.fErr;
 }

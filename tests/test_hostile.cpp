@@ -411,7 +411,9 @@ TEST_F(Hostile, SilentFaultsGetMessages) {
         std::vector<std::string> texts;
         const nlohmann::json out = nlohmann::json::parse(run.fOut);
         for (const auto& message : out["messages"]) {
-            texts.push_back(message["kind"].get<std::string>() + ": " +
+            // The text as the module wrote it, its document apart.
+            texts.push_back(message["kind"].get<std::string>() + " in " +
+                            message["document"].get<std::string>() + ": " +
                             message["text"].get<std::string>());
         }
         return texts;
@@ -424,7 +426,7 @@ TEST_F(Hostile, SilentFaultsGetMessages) {
     CommandResult run = runJson(pairwise);
     EXPECT_EQ(run.fStatus, 0) << run.fErr;
     EXPECT_EQ(messages(run), (std::vector<std::string>{
-                                 "warning: " + pairwise.string() +
+                                 "warning in " + pairwise.string() +
                                  ": a pairwise comparison names sample 9, which the comparison's "
                                  "samples do not include; its row is left out"}));
     std::vector<std::size_t> rows;
@@ -446,7 +448,7 @@ TEST_F(Hostile, SilentFaultsGetMessages) {
     run = runJson(typo);
     EXPECT_EQ(run.fStatus, 0) << run.fErr;
     EXPECT_EQ(messages(run),
-              (std::vector<std::string>{"warning: " + typo.string() +
+              (std::vector<std::string>{"warning in " + typo.string() +
                                         ": the test \"OChiSqare\" is not one this program knows; "
                                         "it is left out"}));
 
@@ -456,9 +458,13 @@ TEST_F(Hostile, SilentFaultsGetMessages) {
                                   "value=\"0.527089\"", "value=\"-1E+999\""));
     run = Nptests({huge.string()});
     EXPECT_EQ(run.fStatus, 0) << run.fErr;
+    // minimal.xml has no frequency table: its chart says that it is left out.
     EXPECT_EQ(run.fErr, "nptests: " + huge.string() +
                             ": a number beyond the range of a double (such as 1e400) is read as "
-                            "the missing value\n");
+                            "the missing value\nnptests: " +
+                            huge.string() +
+                            ": the chart \"One-Sample Chi-Square Test\" cannot be drawn from its "
+                            "document; it is left out\n");
     EXPECT_EQ(RowText(run.fOut, "Test Statistic"), ".") << run.fOut;
 
     // What makes a document not well-formed fails its split, after the

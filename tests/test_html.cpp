@@ -167,8 +167,8 @@ TEST(HtmlRenderer, ChartCarriesItsDataAndScriptsAreInlinedSafely) {
     WebFolder web;
     BpProcedure procedure("Nonparametric Tests", nullptr, nullptr);
     procedure.Heading(BpString("Test", false)).AddChart(SmallChart());
-    const std::vector<CFMessage> messages = {{CFMessage::kError, "Not parse element: Foo"},
-                                             {CFMessage::kWarning, "a <warning>"}};
+    const std::vector<CFMessage> messages = {{CFMessage::kError, "Not parse element: Foo", ""},
+                                             {CFMessage::kWarning, "a <warning>", "b&.xml"}};
     const std::string html = HtmlRenderer(web.Path()).Render(procedure.Root(), messages);
 
     const std::string data =
@@ -193,10 +193,11 @@ TEST(HtmlRenderer, ChartCarriesItsDataAndScriptsAreInlinedSafely) {
     EXPECT_NE(charts, std::string::npos);
     EXPECT_EQ(html.find("sourceMappingURL"), std::string::npos);
 
-    EXPECT_NE(html.find("<li class=\"error\"><span class=\"kind\">Error</span> Not parse element: "
-                        "Foo</li><li class=\"warning\"><span class=\"kind\">Warning</span> a "
-                        "&lt;warning&gt;</li>"),
-              std::string::npos);
+    EXPECT_NE(
+        html.find("<li class=\"error\"><span class=\"kind\">Error</span> Not parse element: "
+                  "Foo</li><li class=\"warning\"><span class=\"kind\">Warning</span> b&amp;.xml: "
+                  "a &lt;warning&gt;</li>"),
+        std::string::npos);
 }
 
 TEST(HtmlRenderer, NamesTheMissingWebFileAndStillWritesTheTables) {

@@ -76,8 +76,8 @@ TEST(TextRenderer, NestsColumnGroupsAndLettersFootnotesInOrderOfAttachment) {
 TEST(JsonRenderer, WritesTheContract) {
     BpProcedure procedure("Nonparametric Tests", nullptr, nullptr);
     BuildEstimates(procedure);
-    std::vector<CFMessage> messages = {{CFMessage::kError, "Not parse element: X"},
-                                       {CFMessage::kWarning, "careful"}};
+    std::vector<CFMessage> messages = {{CFMessage::kError, "Not parse element: X", "a.xml"},
+                                       {CFMessage::kWarning, "careful", ""}};
     const std::string json = JsonRenderer().Render(procedure.Root(), messages);
     const char* expected = R"({
   "procedure": "Nonparametric Tests",
@@ -198,11 +198,13 @@ TEST(JsonRenderer, WritesTheContract) {
   "messages": [
     {
       "kind": "error",
-      "text": "Not parse element: X"
+      "text": "Not parse element: X",
+      "document": "a.xml"
     },
     {
       "kind": "warning",
-      "text": "careful"
+      "text": "careful",
+      "document": null
     }
   ]
 }

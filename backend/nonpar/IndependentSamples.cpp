@@ -16,7 +16,7 @@ template <typename Chart, typename Record>
 void Make(FacSTDictionary* dictionary, NOPROutputStats* stats, Stats::BaseHypothesisTest* test,
           const std::string& suffix, bool appendSuffix) {
     if (auto* record = dynamic_cast<Record*>(test)) {
-        Chart(dictionary, stats, record).MakeChart(suffix, appendSuffix);
+        Draw(Chart(dictionary, stats, record), &Chart::MakeChart, suffix, appendSuffix);
     }
 }
 

@@ -1,6 +1,8 @@
 // Shared chart context and template-text edits.
 #include "backend/nonpar/NOPRChartContext.h"
 
+#include "host/cf/CFErrorChannel.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
@@ -117,6 +119,12 @@ std::vector<int> NOPRChartContext::TestFields(const Stats::BaseHypothesisTest* t
         break;
     }
     return fields;
+}
+
+void NOPRChartContext::ReportNotDrawn(const std::string& suffix) const {
+    CFErrorChannel::Warning("the chart \"" + fTitle.str() + "\"" +
+                            (suffix.empty() ? std::string() : " (" + suffix + ")") +
+                            " cannot be drawn from its document; it is left out");
 }
 
 bool NOPRChartContext::HasErrorMessage(const Stats::BaseHypothesisTest* test) {

@@ -48,6 +48,10 @@ public:
     static std::string FixedText(double value, int decimals);
 
     const ChartString& Title() const { return fTitle; }
+    // Says that the chart could not be drawn from its document (its tables
+    // are not laid out as the chart reads them, or its template is missing),
+    // so that it is not lost without a word.
+    void ReportNotDrawn(const std::string& suffix) const;
 
 protected:
     // The dictionary text of a key (the key itself without a dictionary).
@@ -91,3 +95,11 @@ protected:
     NOPROutputStats* fStats;
     ChartString fTitle;
 };
+
+// Makes `chart` with its member `make` and says so when it cannot be drawn.
+template <typename Chart, typename Make>
+void Draw(Chart&& chart, Make make, const std::string& suffix, bool appendSuffix) {
+    if (!(chart.*make)(suffix, appendSuffix)) {
+        chart.ReportNotDrawn(suffix);
+    }
+}

@@ -1498,7 +1498,9 @@ void NOPROutput::MakePairwiseTable(BpHeading& heading, const Test* test,
 
     if (fMakeViews) {
         NOPRPairwiseChart chart(dictionary, fStats, test, &comparison);
-        chart.MakeChart(fSuffix, fAppendSuffix);
+        if (!chart.MakeChart(fSuffix, fAppendSuffix)) {
+            chart.ReportNotDrawn(fSuffix);
+        }
     }
 }
 

@@ -17,30 +17,33 @@ void OneSample::MakeView(Stats::BaseHypothesisTest* test, int fieldIndex, const 
     switch (test->fAlgorithm) {
     case Stats::kAOChiSquare:
         if (auto* record = dynamic_cast<Stats::HTOChiSquare*>(test)) {
-            ChiSquare(fDictionary, fStats, record).MakeChart(suffix, appendSuffix);
+            Draw(ChiSquare(fDictionary, fStats, record), &ChiSquare::MakeChart, suffix,
+                 appendSuffix);
         }
         break;
     case Stats::kAOBinomial:
         if (auto* record = dynamic_cast<Stats::HTOBinomial*>(test)) {
-            Binomial(fDictionary, fStats, record).MakeStackedChart(suffix, appendSuffix);
+            Draw(Binomial(fDictionary, fStats, record), &Binomial::MakeStackedChart, suffix,
+                 appendSuffix);
         }
         break;
     case Stats::kAORuns:
         if (auto* record = dynamic_cast<Stats::HTORuns*>(test)) {
-            OneSampleRunsChart(fDictionary, fStats, record).MakeChart(suffix, appendSuffix);
+            Draw(OneSampleRunsChart(fDictionary, fStats, record), &OneSampleRunsChart::MakeChart,
+                 suffix, appendSuffix);
         }
         break;
     case Stats::kAOWilcoxonSignedRanks:
         if (auto* record = dynamic_cast<Stats::HTOWilcoxonSignedRanks*>(test)) {
             OneSampleWilcoxonSignedRanks chart(fDictionary, fStats, record);
             chart.SetFieldIndex(fieldIndex);
-            chart.MakeChart(suffix, appendSuffix);
+            Draw(chart, &OneSampleWilcoxonSignedRanks::MakeChart, suffix, appendSuffix);
         }
         break;
     case Stats::kAOKolmogorovSmirnov: {
         KolmogorovSmirnov chart(fDictionary, fStats, test);
         chart.SetFieldIndex(fieldIndex);
-        chart.MakeChart(suffix, appendSuffix);
+        Draw(chart, &KolmogorovSmirnov::MakeChart, suffix, appendSuffix);
         break;
     }
     default:

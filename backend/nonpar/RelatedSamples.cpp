@@ -17,39 +17,44 @@ void RelatedSamples::MakeView(Stats::BaseHypothesisTest* test, const std::string
     switch (test->fAlgorithm) {
     case Stats::kARSign:
         if (auto* record = dynamic_cast<Stats::HTRSign*>(test)) {
-            RSPairChart(fDictionary, fStats, record, test->fAlgorithm)
-                .MakeChart(suffix, appendSuffix);
+            Draw(RSPairChart(fDictionary, fStats, record, test->fAlgorithm),
+                 &RSPairChart::MakeChart, suffix, appendSuffix);
         }
         break;
     case Stats::kARWilcoxonSignedRanks:
         if (auto* record = dynamic_cast<Stats::HTRWilcoxonSignedRanks*>(test)) {
-            RSPairChart(fDictionary, fStats, record, test->fAlgorithm)
-                .MakeChart(suffix, appendSuffix);
+            Draw(RSPairChart(fDictionary, fStats, record, test->fAlgorithm),
+                 &RSPairChart::MakeChart, suffix, appendSuffix);
         }
         break;
     case Stats::kARCochransQ:
         if (auto* record = dynamic_cast<Stats::HTRCochransQ*>(test)) {
-            RSCochransQ(fDictionary, fStats, record).MakeStackedChart(suffix, appendSuffix);
+            Draw(RSCochransQ(fDictionary, fStats, record), &RSCochransQ::MakeStackedChart, suffix,
+                 appendSuffix);
         }
         break;
     case Stats::kARMcNemar:
         if (auto* record = dynamic_cast<Stats::HTRMcNemar*>(test)) {
-            RSMcNemarChangeTestView(fDictionary, fStats, record).MakeChart(suffix, appendSuffix);
+            Draw(RSMcNemarChangeTestView(fDictionary, fStats, record),
+                 &RSMcNemarChangeTestView::MakeChart, suffix, appendSuffix);
         }
         break;
     case Stats::kARFriedmansTwoWayByRanks:
         if (auto* record = dynamic_cast<Stats::HTRFriedmansTwoWayByRanks*>(test)) {
-            RSHistogram(fDictionary, fStats, record).MakeChart(suffix, appendSuffix);
+            Draw(RSHistogram(fDictionary, fStats, record), &RSHistogram::MakeChart, suffix,
+                 appendSuffix);
         }
         break;
     case Stats::kARKendallsCoefficient:
         if (auto* record = dynamic_cast<Stats::HTRKendallsCoefficient*>(test)) {
-            RSHistogram(fDictionary, fStats, record).MakeChart(suffix, appendSuffix);
+            Draw(RSHistogram(fDictionary, fStats, record), &RSHistogram::MakeChart, suffix,
+                 appendSuffix);
         }
         break;
     case Stats::kARMarginalHomogeneity:
         if (auto* record = dynamic_cast<Stats::HTRMarginalHomogeneity*>(test)) {
-            MarginalHomogeneity(fDictionary, fStats, record).MakeChart(suffix, appendSuffix);
+            Draw(MarginalHomogeneity(fDictionary, fStats, record), &MarginalHomogeneity::MakeChart,
+                 suffix, appendSuffix);
         }
         break;
     default:

@@ -14,12 +14,7 @@ struct Channel {
 };
 
 void Add(Channel& channel, CFMessage::Kind kind, std::string_view text) {
-    std::string full;
-    if (!channel.fSource.empty()) {
-        full = channel.fSource + ": ";
-    }
-    full += text;
-    channel.fMessages.push_back({kind, std::move(full)});
+    channel.fMessages.push_back({kind, std::string(text), channel.fSource});
     if (channel.fListener) {
         channel.fListener(channel.fMessages.back());
     }

@@ -11,7 +11,11 @@
 struct CFMessage {
     enum Kind { kError = 0, kWarning = 1 };
     Kind fKind = kError;
-    std::string fText;
+    std::string fText;     // as the module wrote it
+    std::string fDocument; // the source (document, split) it came from; empty for none
+
+    // The text with its source before it ("a.xml: Not parse element: X").
+    std::string WithSource() const { return fDocument.empty() ? fText : fDocument + ": " + fText; }
 };
 
 class CFErrorChannel final {

@@ -11,6 +11,9 @@
 namespace {
 
 std::vector<double> Part(const std::vector<double>& p, std::size_t from, std::size_t count) {
+    if (count == 0) {
+        return {};
+    }
     return {p.begin() + static_cast<std::ptrdiff_t>(from),
             p.begin() + static_cast<std::ptrdiff_t>(from + count)};
 }
